@@ -1,0 +1,111 @@
+#include "apps/orvcox/DescribeCommand.h"
+
+#include <fmt/format.h>
+
+#include <CLI/CLI.hpp>
+#include <limits>
+#include <ostream>
+
+#include "apps/orvcox/ExitCodes.h"
+#include "apps/orvcox/ReadWithProgress.h"
+#include "apps/orvcox/Terminal.h"
+#include "standalone/documents/DocumentFormats.h"
+#include "standalone/tables/DescribeTable.h"
+
+namespace orv {
+
+namespace {
+
+constexpr std::size_t kShownLabels = 6;
+
+std::string RangeEnd(const std::optional<double>& value, const std::string& date) {
+  if (!value) return {};
+  return date.empty() ? fmt::format("{}", *value) : date;
+}
+
+std::string LabelList(const std::vector<ValueLabel>& labels) {
+  std::string text;
+  for (std::size_t k = 0; k < labels.size() && k < kShownLabels; ++k) {
+    text += fmt::format("{}{}", k > 0 ? ", " : "", labels[k].Text);
+  }
+  if (labels.size() > kShownLabels) text += fmt::format(", ... ({} in all)", labels.size());
+  return text;
+}
+
+SheetColumn TextColumn(const char* name, std::vector<std::string> texts) {
+  SheetColumn column;
+  column.Name = name;
+  column.IsText = true;
+  column.Numbers.assign(texts.size(), std::numeric_limits<double>::quiet_NaN());
+  column.Highlighted.assign(texts.size(), false);
+  column.Texts = std::move(texts);
+  return column;
+}
+
+SheetColumn NumberColumnOf(const char* name, std::vector<double> numbers) {
+  SheetColumn column;
+  column.Name = name;
+  column.Highlighted.assign(numbers.size(), false);
+  column.Numbers = std::move(numbers);
+  return column;
+}
+
+ResultDocument DescriptionSheet(const MemoryTable& table) {
+  std::vector<std::string> names;
+  std::vector<double> numbers;
+  std::vector<std::string> types;
+  std::vector<double> valid;
+  std::vector<double> missing;
+  std::vector<std::string> smallest;
+  std::vector<std::string> largest;
+  std::vector<std::string> labels;
+  for (const VariableDescription& variable : DescribeTable(table)) {
+    names.push_back(variable.Name);
+    numbers.push_back(variable.Number);
+    types.emplace_back(VariableTypeName(variable.Type));
+    valid.push_back(variable.ValidCount);
+    missing.push_back(variable.MissingCount);
+    smallest.push_back(RangeEnd(variable.Minimum, variable.MinimumDate));
+    largest.push_back(RangeEnd(variable.Maximum, variable.MaximumDate));
+    labels.push_back(LabelList(variable.Labels));
+  }
+  SheetContent sheet;
+  sheet.ShortName = "Variable";
+  sheet.RowNames = names;
+  sheet.Columns = {NumberColumnOf("No.", numbers),
+                   TextColumn("Type", types),
+                   NumberColumnOf("Valid", valid),
+                   NumberColumnOf("Missing", missing),
+                   TextColumn("Smallest", smallest),
+                   TextColumn("Largest", largest),
+                   TextColumn("Values", labels)};
+  ResultDocument document;
+  document.Name = "describe";
+  document.Titles = {fmt::format("{}: {} variables, {} cases", table.Source(), table.VariableCount(), table.CaseCount())};
+  document.Content = std::move(sheet);
+  return document;
+}
+
+}  // namespace
+
+CLI::App* AddDescribeCommand(CLI::App& program, DescribeOptions& options) {
+  CLI::App* describe =
+      program.add_subcommand("describe", "List the variables of a table: type, valid and missing counts, range, labels.");
+  describe->add_option("TABLE", options.Table, "A .csv, .tsv or .txt file, or - for CSV from standard input")
+      ->required()
+      ->type_name("");
+  describe->footer("Example:\n  orvcox describe veteran.csv");
+  return describe;
+}
+
+int RunDescribe(const DescribeOptions& options, std::ostream& out, std::ostream& err) {
+  const Terminal messages = DescribeTerminal(err);
+  const MemoryTable table = ReadWithProgress(options.Table, messages.IsTerminal ? &err : nullptr);
+  ResultDocuments documents;
+  documents.Add(DescriptionSheet(table));
+  const Terminal terminal = DescribeTerminal(out);
+  out << FindFormatByName("text")->Write({}, documents, {terminal.Width, terminal.Bold}) << std::flush;
+  return ExitCodes::Done;
+}
+
+}  // namespace orv

@@ -1,0 +1,21 @@
+# The folders of the module, lowest first: a target may use only what stands before it.
+set(ORV_LAYERS host data fit inference select output core ui)
+
+# cox_module(<name> SOURCES <files> [USES <lower folders>])
+# One folder of the module as the target cox_<name>.
+function(cox_module name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;USES" ${ARGN})
+  list(FIND ORV_LAYERS ${name} own)
+  if(own LESS 0)
+    message(FATAL_ERROR "cox_module: unknown folder ${name}: the folders are ${ORV_LAYERS}")
+  endif()
+  add_library(cox_${name} OBJECT ${ARG_SOURCES})
+  target_include_directories(cox_${name} PUBLIC ${PROJECT_SOURCE_DIR}/src)
+  foreach(used IN LISTS ARG_USES)
+    list(FIND ORV_LAYERS ${used} level)
+    if(level LESS 0 OR NOT level LESS own)
+      message(FATAL_ERROR "cox_${name} must not use cox_${used}: the order is ${ORV_LAYERS}")
+    endif()
+  endforeach()
+  set_property(GLOBAL APPEND PROPERTY ORV_MODULE_OBJECTS $<TARGET_OBJECTS:cox_${name}>)
+endfunction()

@@ -1,0 +1,56 @@
+// The pass over right-censored rows, with or without strata, under Breslow's and Efron's rule for ties.
+#pragma once
+
+#include <vector>
+
+#include "fit/PartialLikelihood.h"
+#include "fit/TieTable.h"
+
+namespace orv {
+
+// The log partial likelihood with tied groups g of d events, risk set R(g), event set E(g) and mean event weight m:
+//
+//   L = sum over events of w eta  -  sum over g, k = 0..d-1 of m log(S0 - f E0),   f = efronStep k / d
+//   S0 = sum over R(g) of w exp(eta),   E0 = sum over E(g) of w exp(eta)
+//
+// Rows are visited from the last to the first, so a risk set only grows and each row is read once. O(n p^2) a pass,
+// and no allocation in it. The cases must not change while the pass lives, but for their scale.
+// Sources: Breslow (1974), Efron (1977); the fraction counts events, not weights.
+class RightCensoredPass : public PartialLikelihood {
+ public:
+  // `activeColumns`: the design columns of the model, as columns of a case row. efronStep: 0 Breslow, 1 Efron.
+  RightCensoredPass(Host& host, const CaseTable& cases, int n, const CaseColumns& columns,
+                    const std::vector<int>& activeColumns, int efronStep);
+
+  bool Failed() const override;
+  double Evaluate(const double* beta, double* U, double** H) override;
+
+ private:
+  void ClearRiskSet();
+  void ClearEvents();
+  // The row's design values in the order of the parameters. Points into the row when the columns are the first p.
+  const double* DesignValues(const double* row);
+  // Takes the terms of the tied group that closes on a row into L, U and the packed information.
+  void CloseGroup(int row, bool atZero, double& L, double* U);
+
+  const CaseTable& m_cases;
+  const int m_n;
+  const CaseColumns m_columns;
+  const std::vector<int> m_activeColumns;
+  const int m_p;
+  const int m_efronStep;
+  const bool m_isLeading;  // the active columns are 0, 1, ..., p - 1
+  TieTable m_ties;
+
+  double m_S0 = 0.0;
+  double m_E0 = 0.0;
+  WorkArray<double> m_S1;
+  WorkArray<double> m_S2;
+  WorkArray<double> m_E1;
+  WorkArray<double> m_E2;
+  WorkArray<double> m_H;     // packed, transposed into the caller's matrix at the end
+  WorkArray<double> m_mean;  // work area of the event terms
+  WorkArray<double> m_x;     // gathered design values
+};
+
+}  // namespace orv

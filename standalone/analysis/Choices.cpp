@@ -1,0 +1,60 @@
+#include "standalone/analysis/Choices.h"
+
+#include <array>
+
+#include "core/CoxSettings.h"
+#include "standalone/analysis/AnalysisDefinition.h"
+#include "standalone/analysis/DefinitionMessages.h"
+
+namespace orv {
+
+namespace {
+
+constexpr std::array kCodings = {Choice{"sigma", Codings::SigmaRestricted},
+                                 Choice{"reference", Codings::Reference},
+                                 Choice{"overparameterized", Codings::Overparameterized}};
+
+constexpr std::array kTies = {Choice{"breslow", Likelihoods::Breslow},
+                              Choice{"efron", Likelihoods::Efron},
+                              Choice{"discrete", Likelihoods::Discrete}};
+
+constexpr std::array kConvergence = {Choice{"gradient", ConvergenceTypes::RelativeGradient},
+                                     Choice{"parameter", ConvergenceTypes::RelativeParameter},
+                                     Choice{"likelihood", ConvergenceTypes::RelativeLikelihood},
+                                     Choice{"absolute", ConvergenceTypes::AbsoluteLikelihood}};
+
+}  // namespace
+
+std::span<const Choice> CodingChoices() {
+  return kCodings;
+}
+
+std::span<const Choice> TieChoices() {
+  return kTies;
+}
+
+std::span<const Choice> ConvergenceChoices() {
+  return kConvergence;
+}
+
+std::string ChoiceList(std::span<const Choice> choices) {
+  std::string text;
+  for (std::size_t k = 0; k < choices.size(); ++k) {
+    if (k > 0) text += k + 1 == choices.size() ? " or " : ", ";
+    text += choices[k].Word;
+  }
+  return text;
+}
+
+std::int16_t ChoiceValue(const std::string& option,
+                         const std::string& word,
+                         std::span<const Choice> choices,
+                         int fallback) {
+  if (word.empty()) return static_cast<std::int16_t>(fallback);
+  for (const Choice& choice : choices) {
+    if (choice.Word == word) return static_cast<std::int16_t>(choice.Value);
+  }
+  throw DefinitionError(DefinitionMessages::UnknownChoice(option, word, ChoiceList(choices)));
+}
+
+}  // namespace orv

@@ -1,0 +1,50 @@
+// What is said when an analysis cannot be defined, and what a person should know about one that can. One function a
+// message; `option` is the command-line name with its dashes.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace orv::DefinitionMessages {
+
+std::string UnknownVariable(const std::string& option,
+                            const std::string& name,
+                            const std::string& table,
+                            const std::vector<std::string>& nearest);
+std::string MissingOption(const std::string& option, const std::string& purpose);
+std::string SeveralTimes(const std::string& first, const std::string& second);
+std::string WrongCount(const std::string& option, std::size_t wanted, std::size_t given, const std::string& what);
+std::string DuplicateRole(const std::string& variable, const std::string& first, const std::string& second);
+std::string DuplicateVariable(const std::string& option, const std::string& variable);
+std::string TextVariable(const std::string& option, const std::string& variable, const std::string& hint);
+std::string NotADuration(const std::string& variable);
+std::string UnknownCode(const std::string& option,
+                        const std::string& code,
+                        const std::string& variable,
+                        const std::string& found);
+std::string CodesNeeded(const std::string& variable, const std::string& found);
+std::string FractionalCode(const std::string& option, const std::string& variable, const std::string& value, int line);
+std::string CodeTooLarge(const std::string& option, const std::string& variable, const std::string& value);
+std::string TooManyCodes(const std::string& option, const std::string& variable, std::size_t found, int limit);
+std::string DuplicateCode(const std::string& option, const std::string& variable, const std::string& code);
+std::string MalformedAssignment(const std::string& option, const std::string& text, const std::string& form);
+std::string AssignedTwice(const std::string& option, const std::string& variable);
+std::string NotAFactor(const std::string& option, const std::string& variable);
+std::string ReferenceNotSelected(const std::string& variable, const std::string& code, const std::string& selected);
+std::string UnknownChoice(const std::string& option, const std::string& value, const std::string& choices);
+std::string EffectSyntax(const std::string& effect, const std::string& problem);
+std::string EffectNotAPredictor(const std::string& effect,
+                                const std::string& name,
+                                const std::vector<std::string>& nearest);
+std::string DuplicateEffect(const std::string& effect);
+std::string FixWithoutStartValues();
+std::string FixOutOfRange(int coefficient, int count);
+std::string FixPartOfEffect(const std::string& effect, int first, int last);
+
+// Notes.
+std::string StatusCodesTaken(const std::string& variable);
+std::string UnusedPredictor(const std::string& variable);
+std::string EntryHasNoEffect();
+std::string StartValuesStandardized();
+
+}  // namespace orv::DefinitionMessages

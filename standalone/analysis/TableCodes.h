@@ -1,0 +1,33 @@
+// Codes of a variable: what a table holds, and what a person means by a number or a label.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "standalone/tables/MemoryTable.h"
+
+namespace orv {
+
+// The distinct values of a variable that are not missing, ascending. Stops after `limit` + 1 of them.
+std::vector<double> DistinctValues(const MemoryTable& table, int variable, std::size_t limit);
+
+// The codes of a factor or strata variable as the table holds them, ascending. Throws DefinitionError when a value is
+// no whole number or out of range, or when there are more than 500.
+std::vector<std::int32_t> FindCodes(const std::string& option, const MemoryTable& table, int variable);
+
+// The value that a text means: a label of the variable, or a number. Empty when it is neither.
+std::optional<double> CodeOfText(const MemoryTable& table, int variable, std::string_view text);
+
+// A value as a person would write it: its label, or the number in its shortest form.
+std::string ValueText(const MemoryTable& table, int variable, double value);
+
+// The first values of a variable for a message, such as "1, 2, 3, ...".
+std::string ValuesForMessage(const MemoryTable& table, int variable);
+
+// A decimal number without anything around it but blanks; empty when the text is none.
+std::optional<double> ParseNumber(std::string_view text);
+
+}  // namespace orv

@@ -1,0 +1,34 @@
+// DocumentFormats: the forms in which results can be written, by name and by file ending.
+//
+// A new form is a function of the type DocumentFormat::Write and a line in the table of DocumentFormats.cpp.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "standalone/documents/ResultDocuments.h"
+#include "standalone/documents/RunReport.h"
+
+namespace orv {
+
+struct WriteOptions {
+  int Width = 80;     // characters of a line, for forms that have lines; at least 40
+  bool Bold = false;  // highlighted cells and titles in bold by terminal sequences; only for a terminal
+};
+
+struct DocumentFormat {
+  std::string_view Name;        // as the user names it, e.g. "json"
+  std::string_view FileEnding;  // with the dot, in lower case
+  // The whole output. The same arguments give the same bytes.
+  std::string (*Write)(const RunReport& report, const ResultDocuments& documents, const WriteOptions& options);
+};
+
+std::span<const DocumentFormat> DocumentFormats();
+
+// Null when there is no such form.
+const DocumentFormat* FindFormatByName(std::string_view name);
+// By the ending of the file's name, capitals or not. Null when no form has it.
+const DocumentFormat* FindFormatByFileName(std::string_view fileName);
+
+}  // namespace orv

@@ -1,0 +1,24 @@
+// WriteFileAtomically: an output file that is either whole or not touched.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace orv {
+
+// A file cannot be written. The text names the file, tells the reason and says what to do about it.
+class OutputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Writes the content to a new file in the folder of `path` and then gives it the name `path`, so that a reader never
+// sees half a file and a failure leaves an earlier file as it was. A file that is replaced keeps its permissions; a
+// symbolic link is followed. A device or pipe is written to directly, since it must not be replaced.
+//
+// Throws OutputError, and leaves nothing behind, when the folder is missing or not writable, `path` is a folder, the
+// disk is full, or the system gives another reason. No flush to the disk is forced.
+void WriteFileAtomically(const std::string& path, std::string_view content);
+
+}  // namespace orv

@@ -1,0 +1,12 @@
+// Ctrl-C as the cancel query of a run.
+#pragma once
+
+namespace orv {
+
+// From now on the first Ctrl-C is kept for WasInterrupted, and a second one ends the program at once.
+void CatchInterrupts();
+
+// The user has pressed Ctrl-C since CatchInterrupts.
+bool WasInterrupted();
+
+}  // namespace orv

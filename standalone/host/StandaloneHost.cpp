@@ -1,0 +1,188 @@
+#include "standalone/host/StandaloneHost.h"
+
+#include <cstdlib>
+#include <ostream>
+
+#include "host/ModuleInstance.h"
+#include "standalone/documents/DocumentFromSheet.h"
+#include "standalone/host/Distributions.h"
+#include "standalone/host/Interrupt.h"
+#include "standalone/host/TerminalProgress.h"
+
+namespace orv {
+
+namespace {
+
+constexpr int kRowNameWidth = 40;
+constexpr std::int16_t kSelected = 0;
+constexpr std::int16_t kRejected = 2;
+
+}  // namespace
+
+class StandaloneHost::TableView : public InputTable {
+ public:
+  explicit TableView(const MemoryTable& table) : m_table(table) {}
+  int CaseCount() const override { return m_table.CaseCount(); }
+  std::string ValueLabel(int variable, double value) const override {
+    return std::string(m_table.LabelOf(variable, value));
+  }
+
+ private:
+  const MemoryTable& m_table;
+};
+
+class StandaloneHost::DocumentView : public HostDocument {
+ public:
+  explicit DocumentView(ResultDocument& document) : m_document(document) {}
+  void SetCustomProperty(const std::string& name, const std::string& text) override {
+    m_document.Properties[name] = text;
+  }
+
+ private:
+  ResultDocument& m_document;
+};
+
+StandaloneHost::StandaloneHost(const MemoryTable& table, std::ostream* progress)
+    : m_table(table), m_progress(progress), m_inputTable(std::make_unique<TableView>(table)) {
+  for (int variable = 1; variable <= table.VariableCount(); ++variable) {
+    m_columns.push_back(table.Variable(variable).Values.data());
+  }
+}
+
+StandaloneHost::~StandaloneHost() = default;
+
+void StandaloneHost::SetWeightVariable(int variable) {
+  m_weights.On = variable > 0;
+  m_weights.Variable = variable;
+}
+
+void StandaloneHost::InitCommons(HostCommons& commons) {
+  commons.Weights = &m_weights;
+}
+
+// A program walks the stages itself, so there is nothing to move.
+int StandaloneHost::ForwardSequence(int, int) {
+  return 0;
+}
+
+bool StandaloneHost::CreateModelessDialog(const std::string&) {
+  return false;
+}
+
+void StandaloneHost::SetMessageErrorHandler(int) {}
+
+bool StandaloneHost::LacksRequiredValue(int caseNumber) {
+  m_rejected.resize(m_required.size(), 0);
+  for (std::size_t k = 0; k < m_required.size(); ++k) {
+    if (!m_table.IsMissing(m_required[k], caseNumber)) continue;
+    ++m_rejected[k];
+    return true;
+  }
+  return false;
+}
+
+std::int16_t StandaloneHost::cstrtw(
+    int caseNumber, double* values, int& hasWeight, double& weight, int& weightVariable) {
+  values[0] = caseNumber;
+  for (std::size_t variable = 0; variable < m_columns.size(); ++variable) {
+    values[variable + 1] = m_columns[variable][caseNumber - 1];
+  }
+  m_weights.Weight = m_weights.On ? values[m_weights.Variable] : 1.0;
+  hasWeight = m_weights.On ? 1 : 0;
+  weight = m_weights.Weight;
+  weightVariable = m_weights.Variable;
+  return LacksRequiredValue(caseNumber) ? kRejected : kSelected;
+}
+
+void StandaloneHost::getmd5(int variable, double& missingCode) {
+  const bool known = variable >= 1 && variable <= m_table.VariableCount();
+  missingCode = known ? m_table.Variable(variable).MissingCode : kMissingCode;
+}
+
+const InputTable& StandaloneHost::GetInputTable() {
+  return *m_inputTable;
+}
+
+int StandaloneHost::GetVarNameEx(std::uint16_t, int index, std::string& name) {
+  if (index < 0 || index >= m_table.VariableCount()) return 1;
+  name = m_table.Variable(index + 1).Name;
+  return 0;
+}
+
+int StandaloneHost::getlab(unsigned caseNumber, std::string& label) {
+  if (caseNumber < 1 || caseNumber > static_cast<unsigned>(m_table.CaseCount())) return 1;
+  label = m_table.CaseName(static_cast<int>(caseNumber));
+  if (label.empty()) label = std::to_string(caseNumber);
+  return 0;
+}
+
+int StandaloneHost::vvlcod8(int variable, int value, std::string& label, double& labelledValue) {
+  label = m_inputTable->ValueLabel(variable, value);
+  labelledValue = value;
+  return label.empty() ? 1 : 0;
+}
+
+int StandaloneHost::vvlcod(int variable, int value, std::string& label, double& labelledValue) {
+  return vvlcod8(variable, value, label, labelledValue);
+}
+
+void StandaloneHost::dsplst(int, const std::string& text) {
+  m_messages.push_back(text);
+  if (m_messageSink) m_messageSink(text);
+}
+
+int StandaloneHost::DspMessageBox(std::uint16_t, void*, const std::string& text) {
+  dsplst(0, text);
+  return 0;
+}
+
+void StandaloneHost::DisplayInstError(const ModuleInstance& instance, void*, int textId) {
+  dsplst(0, instance.LoadText(textId));
+}
+
+int StandaloneHost::pcancel() {
+  return WasInterrupted() ? 1 : 0;
+}
+
+std::unique_ptr<CQvdProgressBar> StandaloneHost::NewProgressBar(int total, const std::string& title) {
+  return std::make_unique<TerminalProgress>(m_progress, total, title);
+}
+
+int StandaloneHost::AllocMem(void** address, std::size_t size) {
+  *address = std::malloc(size > 0 ? size : 1);
+  return *address != nullptr ? 0 : 1;
+}
+
+void StandaloneHost::FreeMem(void* address) {
+  std::free(address);
+}
+
+int StandaloneHost::DefaultRowNameWidth() const {
+  return kRowNameWidth;
+}
+
+void StandaloneHost::looka4(const SheetArguments& sheet) {
+  ResultDocument document =
+      DocumentFromSheet(sheet, [this](const std::string& text) { return ExpandPossible8CharHash(text); });
+  document.Name = m_resultName;
+  m_lastDocument = std::make_unique<DocumentView>(m_documents.Add(std::move(document)));
+}
+
+HostDocument* StandaloneHost::looka4dlg(const SheetArguments& sheet, void*) {
+  looka4(sheet);
+  return LastDocument();
+}
+
+HostDocument* StandaloneHost::LastDocument() {
+  return m_lastDocument.get();
+}
+
+double StandaloneHost::ChiSquareCdf(double x, double df) {
+  return ChiSquareProbability(x, df);
+}
+
+double StandaloneHost::NormalQuantile(double probability, double mean, double standardDeviation) {
+  return NormalQuantileOf(probability, mean, standardDeviation);
+}
+
+}  // namespace orv

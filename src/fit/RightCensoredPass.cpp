@@ -43,7 +43,7 @@ bool RightCensoredPass::Failed() const {
 }
 
 void RightCensoredPass::ClearRiskSet() {
-  m_S0 = 0.0;
+  m_S0 = {};
   m_S1.Clear();
   m_S2.Clear();
 }
@@ -66,7 +66,7 @@ double RightCensoredPass::Evaluate(const double* beta, double* U, double** H) {
   ClearEvents();
   m_H.Clear();
   std::fill_n(U, m_p, 0.0);
-  double L = 0.0;
+  CompensatedSum L;
   for (int row = m_n; row >= 1; --row) {
     const double* cells = m_cases.GetRow(row);
     const double* x = DesignValues(cells);
@@ -80,11 +80,11 @@ double RightCensoredPass::Evaluate(const double* beta, double* U, double** H) {
     const double eta = atZero ? 0.0 : LinearPredictor(x, beta, m_p);
     const double r = atZero ? 1.0 : std::exp(eta);
     const double wr = weight * r;
-    m_S0 += wr;
+    m_S0.Add(wr);
     m_E0 += wr * status;
     AddWeighted(m_S1.Data(), m_S2.Data(), x, wr, m_p);
     if (status == 1.0) {
-      L += eta * weight;
+      L.Add(eta * weight);
       for (int j = 0; j < m_p; ++j) U[j] += x[j] * weight;
       if (m_efronStep != 0) AddWeighted(m_E1.Data(), m_E2.Data(), x, wr, m_p);
     }
@@ -94,21 +94,22 @@ double RightCensoredPass::Evaluate(const double* beta, double* U, double** H) {
   for (int j = 0; j < m_p; ++j) {
     for (int l = 0; l <= j; ++l) H[l][j] = *packed++;
   }
-  return L;
+  return L.Value();
 }
 
-void RightCensoredPass::CloseGroup(int row, bool atZero, double& L, double* U) {
+void RightCensoredPass::CloseGroup(int row, bool atZero, CompensatedSum& L, double* U) {
   const double d = m_ties.Deaths(row);
   EventTerm term{m_S1.Data(), m_S2.Data(), m_E1.Data(), m_E2.Data()};
   term.Weight = m_ties.MeanWeight(row);
+  const double S0 = m_S0.Value();
   const double reciprocal = 1.0 / d;
   const int events = static_cast<int>(RoundHalfAway(d));
   for (int k = 0; k < events; ++k) {
     // Two forms of one number, kept apart so that the null log likelihood keeps its last digit.
     const double share = static_cast<double>(k) * m_efronStep;
     term.Fraction = atZero ? share * reciprocal : share / d;
-    term.Denominator = m_S0 - term.Fraction * m_E0;
-    L -= std::log(term.Denominator) * term.Weight;
+    term.Denominator = S0 - term.Fraction * m_E0;
+    L.Add(-std::log(term.Denominator) * term.Weight);
     SubtractEventTerm(term, U, m_H.Data(), m_mean.Data(), m_p);
   }
   m_E0 = 0.0;

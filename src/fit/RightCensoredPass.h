@@ -3,6 +3,7 @@
 
 #include <vector>
 
+#include "fit/CompensatedSum.h"
 #include "fit/PartialLikelihood.h"
 #include "fit/TieTable.h"
 
@@ -31,7 +32,7 @@ class RightCensoredPass : public PartialLikelihood {
   // The row's design values in the order of the parameters. Points into the row when the columns are the first p.
   const double* DesignValues(const double* row);
   // Takes the terms of the tied group that closes on a row into L, U and the packed information.
-  void CloseGroup(int row, bool atZero, double& L, double* U);
+  void CloseGroup(int row, bool atZero, CompensatedSum& L, double* U);
 
   const CaseTable& m_cases;
   const int m_n;
@@ -42,7 +43,7 @@ class RightCensoredPass : public PartialLikelihood {
   const bool m_isLeading;  // the active columns are 0, 1, ..., p - 1
   TieTable m_ties;
 
-  double m_S0 = 0.0;
+  CompensatedSum m_S0;
   double m_E0 = 0.0;
   WorkArray<double> m_S1;
   WorkArray<double> m_S2;

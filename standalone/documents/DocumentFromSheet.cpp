@@ -1,7 +1,5 @@
 #include "standalone/documents/DocumentFromSheet.h"
 
-#include <algorithm>
-#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -20,9 +18,10 @@ constexpr int ShortNameWidth = 12;
 
 // The text of one field. A field that is full may end within a character; such a fragment is left out.
 std::string FieldText(const char* field, int width) {
-  const char* const end = std::find(field, field + width, '\0');
-  std::string text(field, end);
-  if (text.size() == static_cast<std::size_t>(width)) DropIncompleteCharacter(text);
+  const auto size = static_cast<std::size_t>(width);
+  const void* const terminator = std::memchr(field, '\0', size);
+  std::string text = terminator == nullptr ? std::string(field, size) : std::string(field);
+  if (text.size() == size) DropIncompleteCharacter(text);
   return text;
 }
 
@@ -30,14 +29,6 @@ std::string FieldText(const char* field, int width) {
 std::string FieldText(const char* fields, int width, std::size_t index) {
   if (fields == nullptr || width < 1) return {};
   return FieldText(fields + index * static_cast<std::size_t>(width), width);
-}
-
-// The module marks a missing cell by its bytes. Arithmetic could have made another NaN, which is no number either.
-bool IsMissing(double value) {
-  unsigned char bytes[sizeof value];
-  std::memcpy(bytes, &value, sizeof value);
-  const bool marked = std::all_of(bytes, bytes + sizeof value, [](unsigned char byte) { return byte == 0xFF; });
-  return marked || std::isnan(value);
 }
 
 bool IsHighlighted(const unsigned char* highlightBits, std::size_t cell) {
@@ -57,7 +48,8 @@ SheetColumn ColumnFromSheet(const SheetArguments& sheet, std::size_t column, con
   if (result.IsText) result.Texts.resize(rowCount);
   for (std::size_t row = 0; row < rowCount; ++row) {
     const std::size_t cell = column * rowCount + row;
-    if (sheet.Cells != nullptr && !IsMissing(sheet.Cells[cell])) result.Numbers[row] = sheet.Cells[cell];
+    // Eight bytes 0xFF are a NaN, so the module's missing cells need no translation.
+    if (sheet.Cells != nullptr) result.Numbers[row] = sheet.Cells[cell];
     if (result.IsText) result.Texts[row] = expandName(FieldText(sheet.TextCells, sheet.ColumnNameWidth, cell));
     result.Highlighted[row] = IsHighlighted(sheet.HighlightBits, cell);
   }

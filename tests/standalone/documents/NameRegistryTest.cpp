@@ -28,10 +28,9 @@ TEST(NameRegistry, ExpandsItsKeysOnly) {
   const std::string key = names.Get8CharHash("Karnofsky performance score");
   EXPECT_EQ(key.size(), 8U);
   EXPECT_EQ(names.Expand(key), "Karnofsky performance score");
-  for (const std::string text : {"", "age", "Karnofsky performance score", "\x01",
-                                 "\x01"
-                                 "AAAAAAA",
-                                 "12345678"}) {
+  const std::string unknownKey = std::string(1, '\x01') + "AAAAAAA";
+  for (const std::string& text :
+       {std::string(), std::string("age"), std::string("Karnofsky performance score"), unknownKey}) {
     EXPECT_EQ(names.Expand(text), text);
   }
   EXPECT_EQ(names.Expand(key + " "), key + " ");

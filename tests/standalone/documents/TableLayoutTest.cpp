@@ -44,6 +44,7 @@ TEST(MakeHeading, BreaksTitlesIntoAtMostThreeLines) {
 // The blocks of a table whose first column is repeated, as "1-3 4-5".
 std::string Blocks(const std::vector<TableColumn>& columns, int width) {
   std::vector<ColumnHeading> headings;
+  headings.reserve(columns.size());
   for (const TableColumn& column : columns) headings.push_back(MakeHeading(column));
   std::string text;
   for (const ColumnBlock& block : SplitIntoBlocks(columns, headings, 1, width)) {

@@ -13,6 +13,7 @@
 namespace orv {
 namespace {
 
+using namespace std::string_literals;
 using testing::Contents;
 using testing::ReadText;
 using testing::Visible;
@@ -89,7 +90,7 @@ TEST(DelimitedFuzz, AFileCutAtEveryByteReadsOrIsRefused) {
 
 TEST(DelimitedFuzz, AFileWithAnyByteReplacedReadsOrIsRefused) {
   for (std::size_t i = 0; i < kValid.size(); ++i) {
-    for (const char c : std::string("\0\n\r\",;\t \xFF\xC3.-", 13)) {
+    for (const char c : "\0\n\r\",;\t \xFF\xC3.-"s) {
       std::string text = kValid;
       text[i] = c;
       ReadsOrRefuses(text);
@@ -101,7 +102,7 @@ TEST(DelimitedFuzz, MutationsReadOrAreRefused) {
   // Numbers straight from the engine: distributions differ between standard libraries.
   std::mt19937_64 random(20240229);
   const auto below = [&random](std::size_t n) { return static_cast<std::size_t>(random() % n); };
-  const std::string telling("\n\r\",;\t .-+eE0159NA\xEF\xBB\xBF\xC3\xA4\0x", 27);
+  const std::string telling = "\n\r\",;\t .-+eE0159NA\xEF\xBB\xBF\xC3\xA4\0x"s;
   const std::string pieces[] = {"1e999", "inf",      "2023-02-30", "1,5",
                                 "\"\"",  "\r\n\r\n", "NaN",        "-8.98846567431158e307"};
   int read = 0;

@@ -188,10 +188,10 @@ TEST(DelimitedReader, DoesNotDependOnTheLocale) {
 }
 
 TEST(DelimitedReader, TakesTheGreatestNumberOfVariables) {
-  std::string text;
-  for (int i = 1; i <= kMaximumVariables; ++i) text += (i > 1 ? ",v" : "v") + std::to_string(i);
-  text += "\n";
-  for (int i = 1; i <= kMaximumVariables; ++i) text += (i > 1 ? "," : "") + std::to_string(i);
+  std::string text = "v1";
+  for (int i = 2; i <= kMaximumVariables; ++i) text.append(",v").append(std::to_string(i));
+  text.append("\n1");
+  for (int i = 2; i <= kMaximumVariables; ++i) text.append(",").append(std::to_string(i));
   const MemoryTable table = ReadText(text);
   EXPECT_EQ(table.VariableCount(), kMaximumVariables);
   EXPECT_EQ(table.Value(kMaximumVariables, 1), kMaximumVariables);

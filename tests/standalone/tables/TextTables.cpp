@@ -48,12 +48,13 @@ std::string Contents(const MemoryTable& table) {
   std::string contents;
   for (int v = 1; v <= table.VariableCount(); ++v) {
     const TableVariable& variable = table.Variable(v);
-    contents += variable.Name + " " + std::string(VariableTypeName(variable.Type));
+    contents.append(variable.Name).append(" ").append(VariableTypeName(variable.Type));
     for (int c = 1; c <= table.CaseCount(); ++c)
-      contents += " " + (table.IsMissing(v, c) ? std::string("M") : Shortest(table.Value(v, c)));
-    if (!variable.Labels.empty()) contents += " |";
-    for (const ValueLabel& label : variable.Labels) contents += " " + Shortest(label.Code) + "=" + label.Text;
-    contents += "\n";
+      contents.append(" ").append(table.IsMissing(v, c) ? "M" : Shortest(table.Value(v, c)));
+    if (!variable.Labels.empty()) contents.append(" |");
+    for (const ValueLabel& label : variable.Labels)
+      contents.append(" ").append(Shortest(label.Code)).append("=").append(label.Text);
+    contents.append("\n");
   }
   return contents;
 }

@@ -188,6 +188,9 @@ CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
       "  orvcox fit veteran.csv --time time --status status --covariates karno --factors trt \\\n"
       "      --effects \"karno, trt, karno*trt\" --coding reference --reference trt=1 --show all --format json");
   fit->final_callback([&options] {
+    if (options.Definition.Ties == "discrete") {
+      throw DefinitionError("--ties discrete: not available yet in this version.");
+    }
     options.Definition.StartValues = ParseStartValues(options.StartValues);
     options.Definition.FixedCoefficients = ParseCoefficients(options.Fix);
   });

@@ -59,6 +59,7 @@ DenseMatrix ToDense(const WorkMatrix& matrix, int p) {
 
 int CCoxFit::Maximize(PartialLikelihood& pass, const RoutineTraits& traits) {
   const int p = static_cast<int>(m_ActiveColumns.size());
+  m_Converged = false;
   std::unique_ptr<CQvdProgressBar> bar;
   if (Settings().ModelBuilding == ModelBuildings::AllEffects) {
     bar = HostOf().NewProgressBar(std::max(m_MaxIterations, 2),
@@ -70,7 +71,6 @@ int CCoxFit::Maximize(PartialLikelihood& pass, const RoutineTraits& traits) {
 
   work.bestL = FirstPasses(pass, work);
   m_LogLikHistory.push_back(work.bestL);
-  m_Converged = false;
   int status = FitStatuses::IterationLimit;
   if (p == 0 && traits.SkipsLoopWithoutColumns) {
     m_Converged = true;

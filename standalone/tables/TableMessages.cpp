@@ -85,7 +85,8 @@ std::string CannotOpenMessage(const std::string& path, int reason) {
 }
 
 std::string ReadFailedMessage(const std::string& source, int reason) {
-  return fmt::format("{}: reading failed: {}. Copy the file to another disk and try again.", source, Reason(reason));
+  return fmt::format("{}: reading failed: {}. Check the disk or the connection, or read a copy.", source,
+                     Reason(reason));
 }
 
 std::string UnknownEndingMessage(const std::string& path,

@@ -111,6 +111,8 @@ TEST(ReadCell, TellsKindsApart) {
       {"1,5x", CellKind::Text},
       {"1,2,3", CellKind::Text},
       {"12.34,5", CellKind::Text},
+      {"1234.567,5", CellKind::Text},
+      {"1234,567.5", CellKind::Text},
       {"1, 5", CellKind::Text},
       {"a,5", CellKind::Text},
   };

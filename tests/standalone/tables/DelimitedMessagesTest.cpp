@@ -86,6 +86,12 @@ TEST(DelimitedMessages, Names) {
   });
 }
 
+TEST(DelimitedMessages, ATabBeforeTheFirstNameIsAnEmptyName) {
+  const std::string message = "trial.csv, line 2: column 1 has no name. Name it, or leave the column out.";
+  EXPECT_EQ(Refusal("\n\tage\n1\t61\n", true), message);
+  EXPECT_EQ(Refusal("\n\tage\n1\t61\n", false), message);
+}
+
 TEST(DelimitedMessages, TooManyVariables) {
   std::string header = "v";
   for (int i = 1; i <= kMaximumVariables; ++i) header += ",v" + std::to_string(i);
@@ -197,6 +203,8 @@ TEST(DelimitedMessages, NumbersWithACommaInAColumnOfNumbers) {
       {"quoted, among missing", "age,dose\n61,NA\n62,\"1,5\"\n",
        "trial.csv, line 3, column 2 (\"dose\"): the number 1,5" + advice},
       {"first cell", "a;b\n1,5;1\n2;2\n", "trial.csv, line 2, column 1 (\"a\"): the number 1,5" + advice},
+      {"the first of its column", "a;b\n1,5;1\n2,5;2\n",
+       "trial.csv, line 2, column 1 (\"a\"): the number 1,5" + advice},
       {"thousands", "a;b\n1.234,5;1\n2;2\n", "trial.csv, line 2, column 1 (\"a\"): the number 1.234,5" + advice},
       {"the first in the file", "a;b\n1;2\n1;2,5\n1,5;2\n",
        "trial.csv, line 3, column 2 (\"b\"): the number 2,5" + advice},

@@ -87,6 +87,10 @@ TEST(DelimitedReader, SkipsAByteOrderMark) {
        "\xEF\xBB\xBF"
        "a,b\n1,2\n",
        "a number 1\nb number 2\n"},
+      {"before a blank line",
+       "\xEF\xBB\xBF\n"
+       "a;b\n1;2\n",
+       "a number 1\nb number 2\n"},
       {"quoted name", "\xEF\xBB\xBF\"a,b\",c\n1,2\n", "a,b number 1\nc number 2\n"},
   });
 }

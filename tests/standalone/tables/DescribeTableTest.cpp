@@ -64,6 +64,14 @@ TEST(DescribeTable, TakesEachVariablesOwnMissingCode) {
   EXPECT_EQ(described[0].Maximum, 3.0);
 }
 
+TEST(DescribeTable, RangesNeedNotHoldZero) {
+  const auto described = DescribeTable(ReadText("a,b\n5,-5\n7,-7\n"));
+  EXPECT_EQ(described[0].Minimum, 5.0);
+  EXPECT_EQ(described[0].Maximum, 7.0);
+  EXPECT_EQ(described[1].Minimum, -7.0);
+  EXPECT_EQ(described[1].Maximum, -5.0);
+}
+
 TEST(DescribeTable, OfATableWithoutVariablesIsEmpty) {
   EXPECT_TRUE(DescribeTable(MemoryTable()).empty());
 }

@@ -132,8 +132,9 @@ TEST_F(TableFiles, OtherFailuresToOpenGiveTheSystemsReason) {
 TEST_F(TableFiles, FailureWhileReading) {
   // The memory of this process at address 0: a file that opens but cannot be read.
   std::filesystem::create_symlink("/proc/self/mem", Path("memory.csv"));
-  EXPECT_EQ(Refusal(Path("memory.csv")),
-            Path("memory.csv") + ": reading failed: Input/output error. Copy the file to another disk and try again.");
+  EXPECT_EQ(
+      Refusal(Path("memory.csv")),
+      Path("memory.csv") + ": reading failed: Input/output error. Check the disk or the connection, or read a copy.");
 }
 
 TEST_F(TableFiles, EmptyFile) {

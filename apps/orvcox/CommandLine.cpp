@@ -9,6 +9,7 @@
 #include <ostream>
 #include <string_view>
 
+#include "apps/orvcox/Arguments.h"
 #include "apps/orvcox/DescribeCommand.h"
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/FitCommand.h"
@@ -16,7 +17,6 @@
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/documents/WriteFileAtomically.h"
 #include "standalone/host/Interrupt.h"
-#include "standalone/tables/NearestNames.h"
 #include "standalone/tables/TableError.h"
 
 namespace orv {
@@ -25,8 +25,9 @@ namespace {
 
 // Announced options and commands whose results do not exist in this version.
 constexpr std::array<std::string_view, 15> kNotYetOptions = {
-    "--interval", "--time-covariate", "--subject", "--robust",   "--where",   "--select",  "--p-enter",       "--p-remove",
-    "--force",    "--residuals",      "--contrast", "--pattern", "--ci",      "--survivor-type", "--ph-transform"};
+    "--interval", "--time-covariate", "--subject",  "--robust",        "--where",
+    "--select",   "--p-enter",        "--p-remove", "--force",         "--residuals",
+    "--contrast", "--pattern",        "--ci",       "--survivor-type", "--ph-transform"};
 constexpr std::array<std::string_view, 2> kNotYetCommands = {"run", "convert"};
 
 template <typename Names>
@@ -34,87 +35,146 @@ bool Contains(const Names& names, std::string_view name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
-int Refuse(std::ostream& err, const std::string& message, std::string_view help) {
-  err << "orvcox: " << message << "\nSee " << help << ".\n";
-  return ExitCodes::BadUsage;
+[[noreturn]] void FailAsNotYet(const std::string& name) {
+  throw DefinitionError(fmt::format("{}: not available yet in this version.", name));
 }
 
-// The option names of a command, for the nearest one to a misspelt one.
-std::vector<std::string> OptionNames(const CLI::App& command) {
-  std::vector<std::string> names;
-  for (const CLI::Option* option : command.get_options()) {
-    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
-  }
-  return names;
-}
-
-std::string UnknownOption(const CLI::App& command, const std::vector<std::string>& arguments) {
-  const std::vector<std::string> names = OptionNames(command);
+void CheckAvailable(const std::vector<std::string>& arguments) {
   for (const std::string& argument : arguments) {
     const std::string option = argument.substr(0, argument.find('='));
-    if (!option.starts_with("--") || Contains(names, option)) continue;
-    const std::vector<std::string_view> candidates(names.begin(), names.end());
-    return fmt::format("{}: no such option. Closest: {}.", option, NearestNames(option, candidates, 1).front());
+    if (Contains(kNotYetOptions, option)) FailAsNotYet(option);
   }
-  return {};
 }
 
-std::string NotYetAvailable(const std::vector<std::string>& arguments) {
-  for (const std::string& argument : arguments) {
-    const std::string option = argument.substr(0, argument.find('='));
-    if (Contains(kNotYetOptions, option)) return fmt::format("{}: not available yet in this version.", option);
+// CLI11 puts two blank lines between groups of options.
+std::string WithSingleBlankLines(std::string text) {
+  constexpr std::string_view kTwoBlankLines = "\n\n\n";
+  for (std::size_t at = text.find(kTwoBlankLines); at != std::string::npos; at = text.find(kTwoBlankLines, at)) {
+    text.erase(at, 1);
   }
-  if (!arguments.empty() && Contains(kNotYetCommands, arguments[0])) {
-    return fmt::format("{}: not available yet in this version.", arguments[0]);
-  }
-  return {};
+  return text;
 }
 
-int ParseAndRun(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
-  CLI::App program("Cox proportional hazards regression for survival data.", "orvcox");
-  program.footer(
-      "Examples:\n"
-      "  orvcox describe trial.csv\n"
-      "  orvcox fit trial.csv --time days --status died --covariates age,dose --factors arm --ties efron\n"
-      "\nExit codes: 0 done; 1 the analysis was refused or failed; 2 bad usage; 3 a file cannot be read or written;\n"
-      "130 cancelled.");
-  program.set_version_flag("--version", std::string("orvcox ") + ORV_VERSION);
-  program.require_subcommand(1);
-  FitOptions fitOptions;
-  CLI::App* fit = AddFitCommand(program, fitOptions);
-  DescribeOptions describeOptions;
-  CLI::App* describe = AddDescribeCommand(program, describeOptions);
+class Program {
+ public:
+  Program()
+      : m_program("Cox proportional hazards regression for survival data.", kName),
+        m_fit(AddFitCommand(m_program, m_fitOptions)),
+        m_describe(AddDescribeCommand(m_program, m_describeOptions)) {
+    m_program.footer(
+        "Examples:\n"
+        "  orvcox describe trial.csv\n"
+        "  orvcox fit trial.csv --time days --status died --covariates age,dose --factors arm --ties efron\n"
+        "\nExit codes: 0 done; 1 the analysis was refused or failed; 2 bad usage; 3 a file cannot be read or written;\n"
+        "130 cancelled.");
+    m_program.set_version_flag("--version", std::string(kName) + " " + ORV_VERSION, "Print the version and exit");
+    m_program.require_subcommand(1);
+    m_program.get_formatter()->label("SUBCOMMAND", "COMMAND");
+    m_program.get_formatter()->label("REQUIRED", "");
+    for (CLI::App* command : {m_fit, m_describe}) {
+      command->group("Commands");
+      command->formatter(m_program.get_formatter());
+    }
+  }
 
-  const bool isFit = !arguments.empty() && arguments[0] == "fit";
-  const bool isDescribe = !arguments.empty() && arguments[0] == "describe";
-  const std::string_view help = isFit        ? "orvcox fit --help"
-                                : isDescribe ? "orvcox describe --help"
-                                             : "orvcox --help";
-  const std::string notYet = NotYetAvailable(arguments);
-  if (!notYet.empty()) return Refuse(err, notYet, help);
-  try {
+  int Run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
+    const CLI::App* command = FindCommand(arguments);
+    try {
+      Parse(command, arguments);
+    } catch (const CLI::CallForHelp&) {
+      out << WithSingleBlankLines(command == nullptr ? m_program.help() : command->help(kName));
+      return ExitCodes::Done;
+    } catch (const CLI::CallForVersion& version) {
+      out << version.what() << '\n';
+      return ExitCodes::Done;
+    } catch (const DefinitionError& error) {
+      return Refuse(err, command, error.what());
+    } catch (const CLI::ParseError& error) {
+      return Refuse(err, command, std::string(error.what()) + ".");
+    }
+    return command == m_fit ? RunFit(m_fitOptions, out, err) : RunDescribe(m_describeOptions, out, err);
+  }
+
+ private:
+  static constexpr const char* kName = "orvcox";
+
+  // Null when the first argument names no command.
+  const CLI::App* FindCommand(const std::vector<std::string>& arguments) const {
+    if (arguments.empty()) return nullptr;
+    for (const CLI::App* command : {m_fit, m_describe}) {
+      if (command->get_name() == arguments[0]) return command;
+    }
+    return nullptr;
+  }
+
+  void Parse(const CLI::App* command, const std::vector<std::string>& arguments) {
+    std::vector<std::string> checked = arguments;
+    if (command == nullptr) {
+      CheckProgramArguments(arguments);
+    } else {
+      const std::vector<std::string> own(arguments.begin() + 1, arguments.end());
+      CheckAvailable(own);
+      checked = CheckArguments(*command, own, "the file with the cases");
+      checked.insert(checked.begin(), arguments[0]);
+    }
     // CLI11 takes the arguments last first.
-    std::vector<std::string> reversed(arguments.rbegin(), arguments.rend());
-    program.parse(reversed);
-  } catch (const DefinitionError& error) {
-    return Refuse(err, error.what(), help);
-  } catch (const CLI::CallForHelp&) {
-    const CLI::App* shown = isFit ? fit : isDescribe ? describe : &program;
-    out << shown->help(shown == &program ? "" : "orvcox");
-    return ExitCodes::Done;
-  } catch (const CLI::CallForVersion& version) {
-    out << version.what() << '\n';
-    return ExitCodes::Done;
-  } catch (const CLI::ParseError& error) {
-    const CLI::App& shown = isFit ? *fit : isDescribe ? *describe : program;
-    const std::string unknown = UnknownOption(shown, arguments);
-    return Refuse(err, unknown.empty() ? std::string(error.what()) + "." : unknown, help);
+    std::reverse(checked.begin(), checked.end());
+    m_program.parse(checked);
   }
-  if (describe->parsed()) return RunDescribe(describeOptions, out, err);
+
+  // For arguments that do not begin with a command.
+  void CheckProgramArguments(const std::vector<std::string>& arguments) const {
+    if (arguments.empty()) throw DefinitionError("a command is missing: use fit or describe.");
+    const std::string& first = arguments[0];
+    if (Contains(kNotYetCommands, first)) FailAsNotYet(first);
+    if (!first.starts_with("-")) {
+      throw DefinitionError(fmt::format("\"{}\": no such command. Use fit or describe.", first));
+    }
+    if (first != "-h" && first != "--help" && first != "--version") {
+      throw DefinitionError(fmt::format("{}: the first argument is a command, fit or describe.", first));
+    }
+  }
+
+  static int Refuse(std::ostream& err, const CLI::App* command, const std::string& message) {
+    const std::string which = command == nullptr ? "" : " " + command->get_name();
+    err << "orvcox: " << message << "\nSee orvcox" << which << " --help.\n";
+    return ExitCodes::BadUsage;
+  }
+
+  FitOptions m_fitOptions;
+  DescribeOptions m_describeOptions;
+  CLI::App m_program;
+  CLI::App* m_fit;
+  CLI::App* m_describe;
+};
+
+int Report(std::ostream& err, std::string_view message, int exitCode) {
+  err << "orvcox: " << message << '\n';
+  return exitCode;
+}
+
+int ReportCancelled(std::ostream& err) {
+  return Report(err, "cancelled.", ExitCodes::Cancelled);
+}
+
+// Ctrl-C may break off the opening of a pipe, which looks like a file that cannot be read.
+int ReportFileError(std::ostream& err, std::string_view message) {
+  return WasInterrupted() ? ReportCancelled(err) : Report(err, message, ExitCodes::FileError);
+}
+
+int RunAndReport(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
   try {
-    return RunFit(fitOptions, out, err);
+    return Program().Run(arguments, out, err);
   } catch (const DefinitionError& error) {
-    return Refuse(err, error.what(), help);
+    return Report(err, error.what(), ExitCodes::BadUsage);
+  } catch (const TableReadCancelled&) {
+    return ReportCancelled(err);
+  } catch (const TableError& error) {
+    return ReportFileError(err, error.what());
+  } catch (const OutputError& error) {
+    return ReportFileError(err, error.what());
+  } catch (const std::bad_alloc&) {
+    return Report(err, "not enough memory for this table.", ExitCodes::AnalysisFailed);
   }
 }
 
@@ -122,21 +182,9 @@ int ParseAndRun(const std::vector<std::string>& arguments, std::ostream& out, st
 
 int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
   CatchInterrupts();
-  try {
-    return ParseAndRun(arguments, out, err);
-  } catch (const TableReadCancelled&) {
-    err << "orvcox: cancelled.\n";
-    return ExitCodes::Cancelled;
-  } catch (const TableError& error) {
-    err << "orvcox: " << error.what() << '\n';
-    return ExitCodes::FileError;
-  } catch (const OutputError& error) {
-    err << "orvcox: " << error.what() << '\n';
-    return ExitCodes::FileError;
-  } catch (const std::bad_alloc&) {
-    err << "orvcox: not enough memory for this table.\n";
-    return ExitCodes::AnalysisFailed;
-  }
+  const int exitCode = RunAndReport(arguments, out, err);
+  if (out.flush()) return exitCode;
+  return ReportFileError(err, "standard output: not all of it could be written. Is the disk full?");
 }
 
 }  // namespace orv

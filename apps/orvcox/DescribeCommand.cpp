@@ -1,6 +1,7 @@
 #include "apps/orvcox/DescribeCommand.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <CLI/CLI.hpp>
 #include <limits>
@@ -9,6 +10,8 @@
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/ReadWithProgress.h"
 #include "apps/orvcox/Terminal.h"
+#include "standalone/analysis/ListSyntax.h"
+#include "standalone/analysis/TableCodes.h"
 #include "standalone/documents/DocumentFormats.h"
 #include "standalone/tables/DescribeTable.h"
 
@@ -16,20 +19,39 @@ namespace orv {
 
 namespace {
 
-constexpr std::size_t kShownLabels = 6;
+constexpr std::size_t kShownValues = 6;
 
-std::string RangeEnd(const std::optional<double>& value, const std::string& date) {
-  if (!value) return {};
-  return date.empty() ? fmt::format("{}", *value) : date;
+std::string Count(int count, const char* thing) {
+  return fmt::format("{} {}{}", count, thing, count == 1 ? "" : "s");
+}
+
+std::string Range(const VariableDescription& variable) {
+  if (!variable.Minimum || !variable.Maximum) return {};
+  if (!variable.MinimumDate.empty() && !variable.MaximumDate.empty()) {
+    return fmt::format("{} to {}", variable.MinimumDate, variable.MaximumDate);
+  }
+  return fmt::format("{} to {}", *variable.Minimum, *variable.Maximum);
 }
 
 std::string LabelList(const std::vector<ValueLabel>& labels) {
   std::string text;
-  for (std::size_t k = 0; k < labels.size() && k < kShownLabels; ++k) {
-    text += fmt::format("{}{}", k > 0 ? ", " : "", labels[k].Text);
+  for (std::size_t k = 0; k < labels.size() && k < kShownValues; ++k) {
+    text += fmt::format("{}{}", k > 0 ? ", " : "", ListItem(labels[k].Text));
   }
-  if (labels.size() > kShownLabels) text += fmt::format(", ... ({} in all)", labels.size());
+  if (labels.size() > kShownValues) text += fmt::format(", ... ({} in all)", labels.size());
   return text;
+}
+
+// What a variable holds, in one column: the texts for its values, a few numbers one by one, which may be codes, or the
+// range of many.
+std::string ValuesOf(const MemoryTable& table, const VariableDescription& variable) {
+  const std::string labels = LabelList(variable.Labels);
+  if (variable.Type == VariableType::Number) {
+    const std::vector<double> values = DistinctValues(table, variable.Number, kShownValues);
+    if (labels.empty() && values.size() <= kShownValues) return fmt::format("{}", fmt::join(values, ", "));
+  }
+  const std::string range = Range(variable);
+  return fmt::format("{}{}{}", range, range.empty() || labels.empty() ? "" : ": ", labels);
 }
 
 SheetColumn TextColumn(const char* name, std::vector<std::string> texts) {
@@ -56,32 +78,24 @@ ResultDocument DescriptionSheet(const MemoryTable& table) {
   std::vector<std::string> types;
   std::vector<double> valid;
   std::vector<double> missing;
-  std::vector<std::string> smallest;
-  std::vector<std::string> largest;
-  std::vector<std::string> labels;
+  std::vector<std::string> values;
   for (const VariableDescription& variable : DescribeTable(table)) {
     names.push_back(variable.Name);
     numbers.push_back(variable.Number);
     types.emplace_back(VariableTypeName(variable.Type));
     valid.push_back(variable.ValidCount);
     missing.push_back(variable.MissingCount);
-    smallest.push_back(RangeEnd(variable.Minimum, variable.MinimumDate));
-    largest.push_back(RangeEnd(variable.Maximum, variable.MaximumDate));
-    labels.push_back(LabelList(variable.Labels));
+    values.push_back(ValuesOf(table, variable));
   }
   SheetContent sheet;
   sheet.ShortName = "Variable";
   sheet.RowNames = names;
-  sheet.Columns = {NumberColumnOf("No.", numbers),
-                   TextColumn("Type", types),
-                   NumberColumnOf("Valid", valid),
-                   NumberColumnOf("Missing", missing),
-                   TextColumn("Smallest", smallest),
-                   TextColumn("Largest", largest),
-                   TextColumn("Values", labels)};
+  sheet.Columns = {NumberColumnOf("No.", numbers), TextColumn("Type", types), NumberColumnOf("Valid", valid),
+                   NumberColumnOf("Missing", missing), TextColumn("Values", values)};
   ResultDocument document;
   document.Name = "describe";
-  document.Titles = {fmt::format("{}: {} variables, {} cases", table.Source(), table.VariableCount(), table.CaseCount())};
+  document.Titles = {fmt::format("{}: {}, {}", table.Source(), Count(table.VariableCount(), "variable"),
+                                 Count(table.CaseCount(), "case"))};
   document.Content = std::move(sheet);
   return document;
 }
@@ -89,8 +103,8 @@ ResultDocument DescriptionSheet(const MemoryTable& table) {
 }  // namespace
 
 CLI::App* AddDescribeCommand(CLI::App& program, DescribeOptions& options) {
-  CLI::App* describe =
-      program.add_subcommand("describe", "List the variables of a table: type, valid and missing counts, range, labels.");
+  CLI::App* describe = program.add_subcommand(
+      "describe", "List the variables of a table: type, valid and missing counts, range, labels.");
   describe->add_option("TABLE", options.Table, "A .csv, .tsv or .txt file, or - for CSV from standard input")
       ->required()
       ->type_name("");

@@ -2,11 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <functional>
 #include <map>
-#include <memory>
 #include <ostream>
-#include <utility>
 
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/ReadWithProgress.h"
@@ -25,46 +24,15 @@ namespace orv {
 
 namespace {
 
-struct OutputTarget {
-  std::string File;
-  const DocumentFormat* Format = nullptr;
-};
-
-std::string KnownEndings() {
-  std::string text;
-  for (const DocumentFormat& format : DocumentFormats()) {
-    if (!text.empty()) text += " or ";
-    text += format.FileEnding;
+// A file that cannot be written is told before the run, as far as that can be seen.
+void CheckFolders(const std::vector<OutputTarget>& targets) {
+  for (const OutputTarget& target : targets) {
+    const std::filesystem::path folder = std::filesystem::path(target.File).parent_path();
+    std::error_code error;
+    if (folder.empty() || std::filesystem::is_directory(folder, error)) continue;
+    throw OutputError(fmt::format("{}: cannot be written: there is no folder \"{}\". Create it first.", target.File,
+                                  folder.string()));
   }
-  return text;
-}
-
-std::string KnownFormats() {
-  std::string text;
-  for (const DocumentFormat& format : DocumentFormats()) {
-    if (!text.empty()) text += " or ";
-    text += format.Name;
-  }
-  return text;
-}
-
-// Forms are looked up before anything is read, so that a misspelt ending does not cost a run.
-std::vector<OutputTarget> FindTargets(const FitOptions& options) {
-  std::vector<OutputTarget> targets;
-  for (const std::string& file : options.Outputs) {
-    const DocumentFormat* format = FindFormatByFileName(file);
-    if (format == nullptr) {
-      throw DefinitionError(fmt::format("--output {}: the ending decides the form: use {}.", file, KnownEndings()));
-    }
-    targets.push_back({file, format});
-  }
-  return targets;
-}
-
-const DocumentFormat& FindStandardFormat(const FitOptions& options) {
-  const DocumentFormat* format = FindFormatByName(options.Format);
-  if (format == nullptr) throw DefinitionError(fmt::format("--format {}: use {}.", options.Format, KnownFormats()));
-  return *format;
 }
 
 void CreateResults(CCoxPH& analysis, StandaloneHost& host, const FitOptions& options) {
@@ -77,7 +45,7 @@ void CreateResults(CCoxPH& analysis, StandaloneHost& host, const FitOptions& opt
       {"covariance", [&] { analysis.CreateCovarianceSpreadsheet(); }},
       {"correlation", [&] { analysis.CreateCorrelationSpreadsheet(); }},
   };
-  for (const std::string& name : ChosenResults(options)) {
+  for (const std::string& name : options.Results) {
     // Without coefficients there is nothing to list but the likelihood.
     if (!hasCoefficients && name != "summary") continue;
     host.SetResultName(name);
@@ -87,18 +55,13 @@ void CreateResults(CCoxPH& analysis, StandaloneHost& host, const FitOptions& opt
 
 class FitRun {
  public:
-  FitRun(const FitOptions& options, std::ostream& out, std::ostream& err)
-      : m_options(options),
-        m_out(out),
-        m_err(err),
-        m_standardFormat(FindStandardFormat(options)),
-        m_targets(FindTargets(options)) {
-    ChosenResults(options);
+  FitRun(const FitOptions& options, std::ostream& out, std::ostream& err) : m_options(options), m_out(out), m_err(err) {
     const Terminal terminal = DescribeTerminal(err);
     m_progress = terminal.IsTerminal && !options.Quiet ? &err : nullptr;
   }
 
   int Run() {
+    CheckFolders(m_options.Targets);
     const MemoryTable table = ReadWithProgress(m_options.Table, m_progress);
     StandaloneHost host(table, m_progress);
     host.SetMessageSink([this](const std::string& text) { m_err << "orvcox: " << text << '\n'; });
@@ -112,7 +75,7 @@ class FitRun {
     if (WasInterrupted()) return Cancelled();
     for (const std::string& note : NotesOnRun(analysis, host)) Note(note);
     if (failed) {
-      if (m_standardFormat.Name == "json") Write(analysis, host);
+      WriteFailure(analysis, host);
       return ExitCodes::AnalysisFailed;
     }
     if (analysis.m_pCoxFit->m_FitStatus == FitStatuses::OutOfMemory) {
@@ -137,19 +100,33 @@ class FitRun {
 
   void Write(const CCoxPH& analysis, const StandaloneHost& host) {
     const RunReport report = ReportRun(analysis, host, ORV_VERSION);
-    for (const OutputTarget& target : m_targets) {
+    for (const OutputTarget& target : m_options.Targets) {
       WriteFileAtomically(target.File, target.Format->Write(report, host.Documents(), {}));
     }
-    if (!m_targets.empty()) return;
+    if (m_options.Targets.empty()) WriteToStandardOutput(report, host);
+  }
+
+  // A program that reads the results finds the reason where it looks for them; a person has it on standard error.
+  void WriteFailure(const CCoxPH& analysis, const StandaloneHost& host) {
+    const RunReport report = ReportRun(analysis, host, ORV_VERSION);
+    for (const OutputTarget& target : m_options.Targets) {
+      if (IsForPrograms(*target.Format)) {
+        WriteFileAtomically(target.File, target.Format->Write(report, host.Documents(), {}));
+      }
+    }
+    if (m_options.Targets.empty() && IsForPrograms(*m_options.StandardFormat)) WriteToStandardOutput(report, host);
+  }
+
+  static bool IsForPrograms(const DocumentFormat& format) { return format.Name == "json"; }
+
+  void WriteToStandardOutput(const RunReport& report, const StandaloneHost& host) {
     const Terminal terminal = DescribeTerminal(m_out);
-    m_out << m_standardFormat.Write(report, host.Documents(), {terminal.Width, terminal.Bold}) << std::flush;
+    m_out << m_options.StandardFormat->Write(report, host.Documents(), {terminal.Width, terminal.Bold}) << std::flush;
   }
 
   const FitOptions& m_options;
   std::ostream& m_out;
   std::ostream& m_err;
-  const DocumentFormat& m_standardFormat;
-  std::vector<OutputTarget> m_targets;
   std::ostream* m_progress = nullptr;
 };
 

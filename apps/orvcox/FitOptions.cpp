@@ -6,9 +6,12 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
+#include <optional>
 
-#include "core/CCoxPH.h"
+#include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
+#include "standalone/analysis/ListSyntax.h"
 #include "standalone/analysis/TableCodes.h"
 
 namespace orv {
@@ -20,21 +23,27 @@ constexpr int kLargestExponent = 12;
 constexpr double kLowestConfidence = 0.0001;
 constexpr double kHighestConfidence = 0.9999;
 
-const std::vector<std::string> kNotYetResults = {
-    "type3", "contrast", "steps", "residuals", "survivor", "hazard", "phtest", "c", "pmml", "plots"};
+const std::vector<std::string> kNotYetResults = {"type3",  "contrast", "steps", "residuals", "survivor",
+                                                 "hazard", "phtest",   "c",     "pmml",      "plots"};
+
+const std::vector<std::string> kDefaultResults = {"summary", "estimates"};
+const std::string kAllResults = "all";
+const std::string kDefaultFormat = "text";
+const std::string kNotYetTies = "discrete";
 
 bool Holds(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 // A list with commas; the option may also be repeated.
-CLI::Option* AddList(CLI::App& command, const std::string& name, std::vector<std::string>& list, const std::string& help) {
-  const auto append = [&list](const std::vector<std::string>& texts) {
-    static const std::string kComma = ",";
+CLI::Option* AddList(CLI::App& command,
+                     const std::string& name,
+                     std::vector<std::string>& list,
+                     const std::string& help) {
+  const auto append = [&list, name](const std::vector<std::string>& texts) {
     for (const std::string& text : texts) {
-      std::vector<std::string> pieces;
-      CCoxPH::SplitStrings(&pieces, &text, &kComma);
-      list.insert(list.end(), pieces.begin(), pieces.end());
+      const std::vector<std::string> items = SplitList(name, text);
+      list.insert(list.end(), items.begin(), items.end());
     }
   };
   return command.add_option_function<std::vector<std::string>>(name, append, help)
@@ -43,17 +52,25 @@ CLI::Option* AddList(CLI::App& command, const std::string& name, std::vector<std
       ->type_name("V,...");
 }
 
+// The names or endings of the forms, as ".txt or .json".
+std::string FormatList(std::string_view DocumentFormat::*part) {
+  std::vector<std::string_view> texts;
+  for (const DocumentFormat& format : DocumentFormats()) texts.push_back(format.*part);
+  return fmt::format("{}", fmt::join(texts, " or "));
+}
+
+std::optional<int> ParseWholeNumber(const std::string& text) {
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
 CLI::Option* AddRepeatable(CLI::App& command,
                            const std::string& name,
                            std::vector<std::string>& list,
                            const std::string& help) {
   return command.add_option(name, list, help)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-}
-
-// The help line tells the range itself.
-template <typename Number>
-CLI::Validator Within(Number lowest, Number highest) {
-  return CLI::Validator(CLI::Range(lowest, highest)).description("");
 }
 
 void AddVariables(CLI::App& command, AnalysisDefinition& d) {
@@ -74,16 +91,19 @@ void AddVariables(CLI::App& command, AnalysisDefinition& d) {
   command.add_option("--strata", d.Strata, "Variable whose values have baselines of their own")->type_name("V");
   AddList(command, "--strata-codes", d.StrataCodes, "Selected strata; default: all found")->type_name("C,...");
   command.add_option("--weights", d.Weights, "Case weights")->type_name("V");
-  command.add_option("--entry", d.Entry, "Entry time (kept with the cases; no effect on the risk sets)")->type_name("V");
+  command.add_option("--entry", d.Entry, "Entry time (kept with the cases; no effect on the risk sets)")
+      ->type_name("V");
 }
 
 void AddDesign(CLI::App& command, AnalysisDefinition& d) {
   AddRepeatable(command, "--codes", d.FactorCodes, "Selected codes of factor F (repeatable); default: all found")
       ->type_name("F=C,...");
-  AddRepeatable(command, "--reference", d.ReferenceCodes, "Reference code of factor F (repeatable); default: the largest")
+  AddRepeatable(command, "--reference", d.ReferenceCodes,
+                "Reference code of factor F (repeatable); default: the largest")
       ->type_name("F=C");
   command
-      .add_option("--effects", d.Effects, "The design, such as \"age, age*sex, clinic(region)\"; default: every predictor")
+      .add_option("--effects", d.Effects,
+                  "The design, such as \"age, age*sex, clinic(region)\"; default: every predictor")
       ->type_name("\"E, E\"");
   command.add_option("--coding", d.Coding, "Coding of factors: " + ChoiceList(CodingChoices()) + "; default sigma")
       ->type_name("NAME");
@@ -91,35 +111,61 @@ void AddDesign(CLI::App& command, AnalysisDefinition& d) {
 
 void AddMethod(CLI::App& command, FitOptions& options) {
   AnalysisDefinition& d = options.Definition;
-  command.add_option("--ties", d.Ties, "Rule for ties: breslow or efron; default breslow")->type_name("NAME");
-  command.add_option("--max-iterations", d.MaxIterations, "Newton steps at most, 1 to 1000; default 50")
-      ->check(Within(1, kMostIterations))
-      ->type_name("N");
-  command.add_option("--converge", d.Converge, "Convergence test: " + ChoiceList(ConvergenceChoices()) + "; default gradient")
+  auto& typed = options.AsTyped;
+  command.add_option("--ties", d.Ties, "Rule for ties: " + ChoiceList(TieChoices()) + "; default breslow")
       ->type_name("NAME");
-  command.add_option("--tolerance-exponent", d.ToleranceExponent, "N for a tolerance of 1e-N, 1 to 12; default 8")
-      ->check(Within(1, kLargestExponent))
+  command
+      .add_option("--max-iterations", typed.MaxIterations,
+                  fmt::format("Newton steps at most, 1 to {}; default {}", kMostIterations, d.MaxIterations))
       ->type_name("N");
-  AddList(command, "--start-values", options.StartValues, "One start value per coefficient")->type_name("X,...");
-  AddList(command, "--fix", options.Fix, "Coefficients held at their start values, numbered from 1")->type_name("N,...");
-  command.add_option("--confidence", options.Confidence, "Level of confidence limits; default 0.95")
-      ->check(Within(kLowestConfidence, kHighestConfidence))
-      ->type_name("LEVEL");
+  command
+      .add_option("--converge", d.Converge,
+                  "Convergence test: " + ChoiceList(ConvergenceChoices()) + "; default gradient")
+      ->type_name("NAME");
+  command
+      .add_option("--tolerance-exponent", typed.ToleranceExponent,
+                  fmt::format("N for a tolerance of 1e-N, 1 to {}; default {}", kLargestExponent, d.ToleranceExponent))
+      ->type_name("N");
+  AddList(command, "--start-values", typed.StartValues, "One start value per coefficient")->type_name("X,...");
+  AddList(command, "--fix", typed.Fix, "Coefficients held at their start values, numbered from 1")->type_name("N,...");
+  command.add_option("--confidence", typed.Confidence, "Level of confidence limits; default 0.95")->type_name("LEVEL");
 }
 
 void AddOutput(CLI::App& command, FitOptions& options) {
-  AddList(command,
-          "--show",
-          options.Show,
-          fmt::format("What to write: {}, or all; default summary,estimates", fmt::join(ShowNames(), ", ")))
+  auto& typed = options.AsTyped;
+  AddList(command, "--show", typed.Show,
+          fmt::format("What to write: {},\nor all; default {}", fmt::join(ShowNames(), ", "),
+                      fmt::join(kDefaultResults, ",")))
       ->type_name("NAME,...");
-  AddRepeatable(command, "--output", options.Outputs, "Write to a file (.txt or .json) instead of standard output (repeatable)")
+  AddRepeatable(command, "--output", typed.Outputs,
+                fmt::format("Write to a file ({}) instead of standard output (repeatable)",
+                            FormatList(&DocumentFormat::FileEnding)))
       ->type_name("FILE");
-  command.add_option("--format", options.Format, "Form of standard output: text or json; default text")->type_name("NAME");
+  command
+      .add_option(
+          "--format", typed.Format,
+          fmt::format("Form of standard output: {}; default {}", FormatList(&DocumentFormat::Name), kDefaultFormat))
+      ->type_name("NAME");
   command.add_flag("--quiet", options.Quiet, "No progress, no notes");
 }
 
-std::vector<double> ParseStartValues(const std::vector<std::string>& texts) {
+// A whole number from 1 to `highest`; `fallback` when nothing was typed.
+int CompleteCount(const std::string& option, const std::string& text, int highest, int fallback) {
+  if (text.empty()) return fallback;
+  const std::optional<int> number = ParseWholeNumber(text);
+  if (number && *number >= 1 && *number <= highest) return *number;
+  throw DefinitionError(fmt::format("{} {}: use a whole number from 1 to {}.", option, text, highest));
+}
+
+double CompleteConfidence(const std::string& text, double fallback) {
+  if (text.empty()) return fallback;
+  const std::optional<double> level = ParseNumber(text);
+  if (level && *level >= kLowestConfidence && *level <= kHighestConfidence) return *level;
+  throw DefinitionError(fmt::format("--confidence {}: use a level from {} to {}, such as 0.95.", text,
+                                    kLowestConfidence, kHighestConfidence));
+}
+
+std::vector<double> CompleteStartValues(const std::vector<std::string>& texts) {
   std::vector<double> values;
   for (const std::string& text : texts) {
     const std::optional<double> value = ParseNumber(text);
@@ -128,72 +174,120 @@ std::vector<double> ParseStartValues(const std::vector<std::string>& texts) {
       continue;
     }
     if (text.ends_with(".orv")) {
-      throw DefinitionError("--start-values: start values from a file are not available yet in this version.");
+      throw DefinitionError(fmt::format("--start-values {}: files are not available yet in this version.", text));
     }
     throw DefinitionError(fmt::format("--start-values: \"{}\" is not a number.", text));
   }
   return values;
 }
 
-std::vector<int> ParseCoefficients(const std::vector<std::string>& texts) {
+std::vector<int> CompleteCoefficients(const std::vector<std::string>& texts) {
   std::vector<int> coefficients;
   for (const std::string& text : texts) {
-    int coefficient = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), coefficient);
-    if (error != std::errc() || end != text.data() + text.size()) {
-      throw DefinitionError(fmt::format("--fix: \"{}\" is not the number of a coefficient.", text));
+    const std::optional<int> coefficient = ParseWholeNumber(text);
+    if (!coefficient) {
+      throw DefinitionError(fmt::format("--fix: \"{}\" is not the number of a coefficient, such as 2.", text));
     }
-    coefficients.push_back(coefficient);
+    coefficients.push_back(*coefficient);
   }
   return coefficients;
+}
+
+std::vector<std::string> CompleteResults(const std::vector<std::string>& typed) {
+  if (typed.empty()) return kDefaultResults;
+  for (const std::string& name : typed) {
+    if (name == kAllResults || Holds(ShowNames(), name)) continue;
+    if (Holds(kNotYetResults, name)) {
+      throw DefinitionError(fmt::format("--show {}: not available yet in this version.", name));
+    }
+    throw DefinitionError(fmt::format("--show {}: use {} or {}.", name, fmt::join(ShowNames(), ", "), kAllResults));
+  }
+  if (Holds(typed, kAllResults)) return ShowNames();
+  std::vector<std::string> chosen;
+  for (const std::string& name : ShowNames()) {
+    if (Holds(typed, name)) chosen.push_back(name);
+  }
+  return chosen;
+}
+
+// Files are looked at before anything is read, so that a misspelt one does not cost a run.
+std::vector<OutputTarget> CompleteTargets(const std::vector<std::string>& files, const std::string& table) {
+  std::vector<OutputTarget> targets;
+  for (const std::string& file : files) {
+    const DocumentFormat* format = FindFormatByFileName(file);
+    if (format == nullptr) {
+      throw DefinitionError(fmt::format("--output {}: the ending decides the form: use {}.", file,
+                                        FormatList(&DocumentFormat::FileEnding)));
+    }
+    for (const OutputTarget& target : targets) {
+      if (target.File == file) throw DefinitionError(fmt::format("--output {} is given twice.", file));
+    }
+    std::error_code ignored;  // a file that is not there is not the table
+    if (std::filesystem::equivalent(file, table, ignored)) {
+      throw DefinitionError(fmt::format("--output {}: this is the table itself, which would be lost.", file));
+    }
+    targets.push_back({file, format});
+  }
+  return targets;
+}
+
+const DocumentFormat* CompleteFormat(const std::string& typed) {
+  const DocumentFormat* format = FindFormatByName(typed.empty() ? kDefaultFormat : typed);
+  if (format == nullptr) {
+    throw DefinitionError(fmt::format("--format {}: use {}.", typed, FormatList(&DocumentFormat::Name)));
+  }
+  return format;
+}
+
+void CompleteOptions(FitOptions& options) {
+  const auto& typed = options.AsTyped;
+  AnalysisDefinition& d = options.Definition;
+  if (d.Ties == kNotYetTies)
+    throw DefinitionError(fmt::format("--ties {}: not available yet in this version.", d.Ties));
+  d.MaxIterations = CompleteCount("--max-iterations", typed.MaxIterations, kMostIterations, d.MaxIterations);
+  d.ToleranceExponent =
+      CompleteCount("--tolerance-exponent", typed.ToleranceExponent, kLargestExponent, d.ToleranceExponent);
+  options.Confidence = CompleteConfidence(typed.Confidence, options.Confidence);
+  d.StartValues = CompleteStartValues(typed.StartValues);
+  d.FixedCoefficients = CompleteCoefficients(typed.Fix);
+  options.Results = CompleteResults(typed.Show);
+  options.Targets = CompleteTargets(typed.Outputs, options.Table);
+  options.StandardFormat = CompleteFormat(typed.Format);
+  CheckDefinition(d);
 }
 
 }  // namespace
 
 const std::vector<std::string>& ShowNames() {
-  static const std::vector<std::string> names = {
-      "summary", "estimates", "history", "design", "covariance", "correlation"};
+  static const std::vector<std::string> names = {"summary", "estimates",  "history",
+                                                 "design",  "covariance", "correlation"};
   return names;
-}
-
-std::vector<std::string> ChosenResults(const FitOptions& options) {
-  if (options.Show.empty()) return {"summary", "estimates"};
-  for (const std::string& name : options.Show) {
-    if (name == "all" || Holds(ShowNames(), name)) continue;
-    if (Holds(kNotYetResults, name)) {
-      throw DefinitionError(fmt::format("--show {}: not available yet in this version.", name));
-    }
-    throw DefinitionError(fmt::format("--show {}: use {} or all.", name, fmt::join(ShowNames(), ", ")));
-  }
-  if (Holds(options.Show, "all")) return ShowNames();
-  std::vector<std::string> chosen;
-  for (const std::string& name : ShowNames()) {
-    if (Holds(options.Show, name)) chosen.push_back(name);
-  }
-  return chosen;
 }
 
 CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
   CLI::App* fit = program.add_subcommand("fit", "Fit a Cox model to the cases of a table.");
-  fit->add_option("TABLE", options.Table, "A .csv, .tsv or .txt file, or - for CSV from standard input")->required();
+  fit->add_option("TABLE", options.Table, "A .csv, .tsv or .txt file, or - for CSV from standard input")
+      ->required()
+      ->type_name("");
+  const auto beginGroup = [fit](const char* name) { fit->option_defaults()->group(name); };
+  beginGroup("Variables");
   AddVariables(*fit, options.Definition);
+  beginGroup("Design");
   AddDesign(*fit, options.Definition);
+  beginGroup("Method");
   AddMethod(*fit, options);
+  beginGroup("Results");
   AddOutput(*fit, options);
   fit->footer(
-      "Variables are named by name, or by #3 for the third.\n"
+      "Variables are named by name, or by #3 for the third. A name or label with a comma stands in double quotes in a\n"
+      "list: --codes 'site=\"Bonn, Beuel\",Ulm'.\n"
       "\nExamples:\n"
-      "  orvcox fit veteran.csv --time time --status status --covariates karno,age --factors celltype,trt --ties efron\n"
+      "  orvcox fit veteran.csv --time time --status status --covariates karno,age --factors celltype,trt --ties "
+      "efron\n"
       "  orvcox fit lung.csv --time time --status status --event 2 --censored 1 --covariates age --strata sex\n"
       "  orvcox fit veteran.csv --time time --status status --covariates karno --factors trt \\\n"
       "      --effects \"karno, trt, karno*trt\" --coding reference --reference trt=1 --show all --format json");
-  fit->final_callback([&options] {
-    if (options.Definition.Ties == "discrete") {
-      throw DefinitionError("--ties discrete: not available yet in this version.");
-    }
-    options.Definition.StartValues = ParseStartValues(options.StartValues);
-    options.Definition.FixedCoefficients = ParseCoefficients(options.Fix);
-  });
+  fit->final_callback([&options] { CompleteOptions(options); });
   return fit;
 }
 

@@ -6,28 +6,42 @@
 #include <vector>
 
 #include "standalone/analysis/AnalysisDefinition.h"
+#include "standalone/documents/DocumentFormats.h"
 
 namespace orv {
 
-struct FitOptions {
-  std::string Table;                 // a file, or "-" for standard input
-  AnalysisDefinition Definition;     // complete after parsing
-  std::vector<std::string> StartValues;  // as typed
-  std::vector<std::string> Fix;          // as typed
-  double Confidence = 0.95;
-  std::vector<std::string> Show;     // names of ShowNames, or "all"
-  std::vector<std::string> Outputs;  // files that the results go to instead of standard output
-  std::string Format = "text";       // of standard output
-  bool Quiet = false;                // no progress, no notes
+// Where results go besides standard output.
+struct OutputTarget {
+  std::string File;
+  const DocumentFormat* Format = nullptr;
 };
 
-// Declares the command. `options` must outlive `program`.
+// Complete after parsing. The fields "as typed" serve the parsing alone.
+struct FitOptions {
+  std::string Table;              // a file, or "-" for standard input
+  AnalysisDefinition Definition;  // checked as far as that is possible without the table
+  double Confidence = 0.95;
+  std::vector<std::string> Results;                // what to write, in the order of ShowNames
+  std::vector<OutputTarget> Targets;               // files that the results go to instead of standard output
+  const DocumentFormat* StandardFormat = nullptr;  // of standard output
+  bool Quiet = false;                              // no progress, no notes
+
+  struct {
+    std::string MaxIterations;
+    std::string ToleranceExponent;
+    std::string Confidence;
+    std::vector<std::string> StartValues;
+    std::vector<std::string> Fix;
+    std::vector<std::string> Show;
+    std::vector<std::string> Outputs;
+    std::string Format;
+  } AsTyped;
+};
+
+// Declares the command. `options` must outlive `program`. Parsing throws DefinitionError for values that are none.
 CLI::App* AddFitCommand(CLI::App& program, FitOptions& options);
 
 // The names that --show takes, in the order in which results are written.
 const std::vector<std::string>& ShowNames();
-
-// The result names asked for, in the order of ShowNames. Throws DefinitionError for a name that is none.
-std::vector<std::string> ChosenResults(const FitOptions& options);
 
 }  // namespace orv

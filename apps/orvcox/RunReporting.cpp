@@ -25,15 +25,16 @@ struct ReasonText {
 };
 
 // In the order of the report.
+// In the order of the report. The texts follow "left out for".
 constexpr std::array kReasons = {
-    ReasonText{Exclusion::Selection, ExclusionReason::Selection, "not selected"},
+    ReasonText{Exclusion::Selection, ExclusionReason::Selection, "not being selected"},
     ReasonText{Exclusion::Missing, ExclusionReason::Missing, "a missing value"},
-    ReasonText{Exclusion::Weight, ExclusionReason::Weight, "a weight that is not above 0"},
-    ReasonText{Exclusion::Time, ExclusionReason::Time, "a negative time or no valid date"},
+    ReasonText{Exclusion::Weight, ExclusionReason::Weight, "a weight that is missing or not above 0"},
+    ReasonText{Exclusion::Time, ExclusionReason::Time, "a negative time"},
     ReasonText{Exclusion::Entry, ExclusionReason::Entry, "a negative time with an entry time"},
     ReasonText{Exclusion::Stratum, ExclusionReason::Stratum, "a stratum that is not selected"},
-    ReasonText{Exclusion::Status, ExclusionReason::Status, "a status that is neither code"},
-    ReasonText{Exclusion::Factor, ExclusionReason::Factor, "a factor code that is missing or not selected"},
+    ReasonText{Exclusion::Status, ExclusionReason::Status, "a status that is missing or neither code"},
+    ReasonText{Exclusion::Factor, ExclusionReason::Factor, "a factor code that is not selected"},
     ReasonText{Exclusion::Expression, ExclusionReason::Expression, "a missing value in a time-dependent covariate"},
 };
 
@@ -82,26 +83,58 @@ std::vector<LeftOutColumn> LeftOutColumns(const CCoxPH& analysis) {
   return columns;
 }
 
-std::string CountOfCases(int count) {
-  return count == 1 ? "1 case" : fmt::format("{} cases", count);
+// Why a time does not count, by the number of variables that it comes from.
+std::string TimeText(const CoxSettings& settings) {
+  if (settings.SurvivalVariableCount == 2) return "an end before its start";
+  return settings.SurvivalVariableCount == 6 ? "an end before its start or a date that is none" : "a negative time";
 }
 
-std::string NoteOnExclusions(const CaseReport& cases) {
-  std::vector<std::string> reasons;
+std::string ExclusionText(const ReasonText& reason, const CaseReport& cases, const CoxSettings& settings) {
+  if (reason.Reported == ExclusionReason::Time) return TimeText(settings);
+  if (reason.Reported != ExclusionReason::Missing) return reason.Text;
+  std::vector<std::string> variables;
+  for (const auto& [name, missing] : cases.MissingByVariable)
+    variables.push_back(fmt::format("{} in {}", missing, name));
+  return fmt::format("{} ({})", reason.Text, fmt::join(variables, ", "));
+}
+
+std::string NoteOnExclusions(const CaseReport& cases, const CoxSettings& settings) {
+  std::vector<std::string> texts;
+  std::vector<std::string> counted;
   for (const ReasonText& reason : kReasons) {
     const int count = cases.Excluded[static_cast<std::size_t>(reason.Reported)];
     if (count == 0) continue;
-    std::string text = fmt::format("{} for {}", count, reason.Text);
-    if (reason.Reported == ExclusionReason::Missing) {
-      std::vector<std::string> variables;
-      for (const auto& [name, missing] : cases.MissingByVariable) variables.push_back(fmt::format("{} {}", name, missing));
-      text += fmt::format(" ({})", fmt::join(variables, ", "));
-    }
-    reasons.push_back(text);
+    texts.push_back(ExclusionText(reason, cases, settings));
+    counted.push_back(fmt::format("{} for {}", count, texts.back()));
   }
-  if (reasons.empty()) return {};
-  const int leftOut = cases.Read - cases.Valid;
-  return fmt::format("{} of {} left out: {}.", leftOut, CountOfCases(cases.Read), fmt::join(reasons, "; "));
+  if (texts.empty()) return {};
+  const std::string head = fmt::format("{} of {} cases left out", cases.Read - cases.Valid, cases.Read);
+  if (texts.size() == 1) return fmt::format("{} for {}.", head, texts[0]);
+  return fmt::format("{}: {}.", head, fmt::join(counted, "; "));
+}
+
+// A column whose pivot vanishes says nothing beyond the columns before it, but only the risk sets count for that.
+std::string NoteOnColumn(const LeftOutColumn& column, bool hasStartValues) {
+  const std::string where = hasStartValues ? "within the risk sets, at these start values," : "within the risk sets";
+  return fmt::format(
+      "{} took no part in the fit: {}.", column.Name,
+      column.IsConstant ? "it is constant" : where + " it is constant or a combination of the columns before it");
+}
+
+// Factors whose hazard ratios under sigma-restricted coding are not the ratios to the reference level: the contrast
+// behind a ratio reaches one column ahead, which is enough for two columns.
+std::vector<std::string> FactorsWithOtherRatios(const CCoxPH& analysis) {
+  std::vector<std::string> names;
+  const CoxSettings& settings = analysis.m_Settings;
+  const bool hasResults = analysis.m_pCoxFit && analysis.m_pCoxData && !analysis.m_pCoxFit->m_BetaHistory.empty();
+  if (!hasResults || settings.Coding != Codings::SigmaRestricted) return names;
+  constexpr int kMostColumns = 2;
+  for (std::uint32_t c = 0; c < analysis.m_pCoxData->CoefficientCount; ++c) {
+    const CoxDesignColumn& column = analysis.m_pCoxData->DesignColumns[c];
+    const bool isMainEffect = column.VariableCount == 1 && column.HasFactor();
+    if (isMainEffect && column.ColumnInEffect == kMostColumns + 1) names.push_back(column.EffectName);
+  }
+  return names;
 }
 
 }  // namespace
@@ -127,18 +160,24 @@ RunReport ReportRun(const CCoxPH& analysis, const StandaloneHost& host, const st
 std::vector<std::string> NotesOnRun(const CCoxPH& analysis, const StandaloneHost& host) {
   std::vector<std::string> notes;
   if (const std::optional<CaseReport> cases = ReportCases(analysis, host)) {
-    const std::string exclusions = NoteOnExclusions(*cases);
+    const std::string exclusions = NoteOnExclusions(*cases, analysis.m_Settings);
     if (!exclusions.empty()) notes.push_back(exclusions);
   }
   for (const LeftOutColumn& column : LeftOutColumns(analysis)) {
-    notes.push_back(fmt::format("{} took no part in the fit: {}.",
-                                column.Name,
-                                column.IsConstant ? "it is constant" : "it is a combination of the columns before it"));
+    notes.push_back(NoteOnColumn(column, analysis.m_Settings.UseStartValues));
   }
   if (analysis.m_pCoxFit && analysis.m_pCoxFit->m_FitStatus == FitStatuses::IterationLimit) {
-    notes.push_back(fmt::format("no convergence within {} iterations: raise --max-iterations, or choose another --converge "
-                                "or a smaller --tolerance-exponent.",
-                                analysis.m_Settings.MaxIterations));
+    const int limit = analysis.m_Settings.MaxIterations;
+    notes.push_back(
+        fmt::format("no convergence within {} {}: raise --max-iterations, or choose another --converge or a "
+                    "smaller --tolerance-exponent.",
+                    limit, limit == 1 ? "iteration" : "iterations"));
+  }
+  for (const std::string& factor : FactorsWithOtherRatios(analysis)) {
+    notes.push_back(
+        fmt::format("under sigma coding the hazard ratios of {} do not all compare with its reference level, since it has "
+                    "more than 3 levels: use --coding reference for such ratios.",
+                    factor));
   }
   return notes;
 }

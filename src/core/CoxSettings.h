@@ -68,7 +68,7 @@ struct CoxSettings {
   // ---- Codes of the factors -----------------------------------------------------------------------------------
   std::vector<std::int32_t> FactorCodes;         // selected codes, one factor after the other
   std::vector<std::int16_t> FactorCodeCounts;    // number of codes of each factor, at most 500
-  std::vector<std::int32_t> ReferenceCodes;      // reference code of each factor; by default its largest
+  std::vector<std::int32_t> ReferenceCodes;      // of each factor, by default its largest; as wide as a code
   std::vector<std::int16_t> ReferenceCodeIndex;  // its position within the factor's codes, from 1
   std::vector<std::int32_t> BackupFactorCodes;
   std::vector<std::int16_t> BackupFactorCodeCounts;

@@ -80,6 +80,7 @@ void CCoxData::BuildDesign(int inputType) {
     }
   }
   CaseTable = orv::CaseTable(static_cast<int>(CaseCount), static_cast<int>(ColumnCount));
+  PrepareReading();
 }
 
 void CCoxData::AddEffect(std::size_t effect, bool timeDependent) {

@@ -33,7 +33,7 @@ class CCoxData {
   // Reads the input table into CaseTable: excludes, evaluates the design, gathers statistics, sorts. Returns 0, or 1
   // after a message, or 1 silently when the user cancelled.
   int ReadCases(void* parent);
-  // Reads one case. `values` is the input row (element 0 the case number), `outputRow` the row of CaseTable from 1.
+  // Reads one case, once the design is built. `values` is the input row (element 0 the case number), `outputRow` the row of CaseTable from 1.
   Exclusion ReadCase(const double* values, int outputRow, double weight);
   // 1 when a tested variable of the input row is missing, else 0. What is tested, and that only the first of several
   // survival variables is, has been so in every release.
@@ -99,7 +99,7 @@ class CCoxData {
   std::int32_t AddColumn() { return static_cast<std::int32_t>(ColumnCount++); }
   std::int32_t AddRecordedColumn(std::string_view name, std::int32_t variable);
 
-  void PrepareMissingTests();
+  void PrepareReading();
   void CountMissingVariables(const double* values);
   bool CaseTime(const double* values, double& time, double& stop) const;
   bool FindFactorLevels(const double* values);

@@ -35,7 +35,10 @@ std::vector<int> ListedColumns(std::string_view list, int columnCount) {
     for (int column = first; column <= last; ++column) columns.push_back(column);
     if (!list.empty() && !TakeCharacter(list, ' ')) throw std::invalid_argument("column numbers need a blank between");
   }
-  if (!std::is_sorted(columns.begin(), columns.end())) throw std::invalid_argument("the list must ascend");
+  const auto doesNotAscend = [](int a, int b) { return a >= b; };
+  if (std::adjacent_find(columns.begin(), columns.end(), doesNotAscend) != columns.end()) {
+    throw std::invalid_argument("the list must ascend");
+  }
   return columns;
 }
 
@@ -50,6 +53,7 @@ CellCondition ParseCondition(std::string_view text, int columnCount) {
   condition.Column = TakeNumber(text);
   if (!TakeCharacter(text, '=')) throw std::invalid_argument("a condition has the form v5=0");
   condition.Value = TakeNumber(text);
+  if (!text.empty()) throw std::invalid_argument("a condition compares with a whole number");
   if (condition.Column < 1 || condition.Column > columnCount) {
     throw std::invalid_argument("the condition names a column that does not exist");
   }

@@ -26,7 +26,7 @@ double Value(const double* values, int variable) {
 
 }  // namespace
 
-void CCoxData::PrepareMissingTests() {
+void CCoxData::PrepareReading() {
   const CoxSettings& settings = Owner->m_Settings;
   m_MissingTests.clear();
   const auto add = [this](int variable, bool strict) {

@@ -37,7 +37,6 @@ class ReadingProgress {
 }  // namespace
 
 int CCoxData::ReadCases(void* parent) {
-  PrepareMissingTests();
   ReadingProgress progress(*Owner, static_cast<int>(CaseCount));
   bool cancelled = false;
   if (!ReadAllCases(cancelled)) return 1;

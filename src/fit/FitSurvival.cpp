@@ -46,8 +46,11 @@ void CCoxFit::EvaluateRightCensored(bool strata, int efronStep, const double* be
   WorkArray<double> U(HostOf(), p);
   WorkMatrix H(HostOf(), p);
   if (pass.Failed() || U.Failed() || H.Failed()) return;
-  pass.Evaluate(beta, U.Data(), H.Rows());
-  FloatingPointRegime::ThrowIfFailed();
+  {
+    const FloatingPointRegime regime;
+    pass.Evaluate(beta, U.Data(), H.Rows());
+    FloatingPointRegime::ThrowIfFailed();
+  }
   m_ScoreVector.assign(U.Data(), U.Data() + p);
   m_PackedInformation.resize(PackedSize(p));
   double* packed = m_PackedInformation.data();

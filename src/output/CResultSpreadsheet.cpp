@@ -39,7 +39,7 @@ void WriteCount(unsigned char* at, int count) {
 CResultSpreadsheet::CResultSpreadsheet(Host& host, int rows, int columns) : m_host(host) {
   if (rows < 1 || columns < 1) return;
   const std::size_t cells = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
-  if (cells * sizeof(double) >= kLargestTable) return;
+  if (cells >= kLargestTable / sizeof(double)) return;
   RowNameWidth = std::clamp(host.DefaultRowNameWidth(), kNarrowestRowName, kWidestRowName);
   try {
     Cells.assign(cells, kMissing);

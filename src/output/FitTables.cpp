@@ -73,7 +73,8 @@ void ShowCovariance(const CCoxFit& fit) {
 void ShowCorrelation(const CCoxFit& fit) {
   ShowMatrix(fit, "Correlation matrix of parameters", [](const DenseMatrix& V, auto i, auto j, double& value) {
     if (!(V[i][i] > 0.0) || !(V[j][j] > 0.0)) return false;
-    value = i == j ? 1.0 : V[i][j] / std::sqrt(V[i][i] * V[j][j]);
+    // The deviations one by one: the product of two variances may leave the range of a double.
+    value = i == j ? 1.0 : V[i][j] / std::sqrt(V[i][i]) / std::sqrt(V[j][j]);
     return true;
   });
 }

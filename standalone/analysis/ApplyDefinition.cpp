@@ -11,17 +11,21 @@
 #include "data/CCoxData.h"
 #include "data/EffectTerm.h"
 #include "data/FactorLevels.h"
+#include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
+#include "standalone/analysis/CloseNames.h"
 #include "standalone/analysis/DefinitionMessages.h"
 #include "standalone/analysis/EffectSyntax.h"
+#include "standalone/analysis/ListSyntax.h"
 #include "standalone/analysis/TableCodes.h"
-#include "standalone/tables/NearestNames.h"
 
 namespace orv {
 
 namespace {
 
 namespace Messages = DefinitionMessages;
+
+constexpr std::size_t kShownNames = 3;
 
 class Applier {
  public:
@@ -33,6 +37,7 @@ class Applier {
         m_settings(analysis.m_Settings) {}
 
   AppliedDefinition Apply() {
+    CheckDefinition(m_definition);
     ChooseVariables();
     if (m_applied.Refused) return m_applied;
     ChooseStatusCodes();
@@ -52,12 +57,11 @@ class Applier {
   const std::string& NameOf(int variable) const { return m_table.Variable(variable).Name; }
 
   int Find(const std::string& option, const std::string& name) const {
-    constexpr std::size_t kNearest = 3;
     const int variable = m_table.FindVariable(name);
-    if (variable == 0) {
-      Fail(Messages::UnknownVariable(option, name, m_table.Source(), m_table.NearestNames(name, kNearest)));
-    }
-    return variable;
+    if (variable != 0) return variable;
+    std::vector<std::string_view> names;
+    for (int v = 1; v <= m_table.VariableCount(); ++v) names.emplace_back(NameOf(v));
+    Fail(Messages::UnknownVariable(option, name, m_table.Source(), CloseNames(name, names, kShownNames), names));
   }
 
   // Gives a variable its role; a second role is a slip of the pen.
@@ -73,7 +77,8 @@ class Applier {
 
   std::int16_t TakeNumber(const std::string& option, const std::string& name, const std::string& hint) {
     const std::int16_t variable = Take(option, name);
-    if (m_table.Variable(variable).Type == VariableType::Text) Fail(Messages::TextVariable(option, NameOf(variable), hint));
+    if (m_table.Variable(variable).Type == VariableType::Text)
+      Fail(Messages::TextVariable(option, NameOf(variable), hint));
     return variable;
   }
 
@@ -82,12 +87,11 @@ class Applier {
   void ChooseVariables() {
     const SelectionCounts previous = CountsOf(m_analysis);
     ChooseTimes();
-    if (m_definition.Status.empty()) Fail(Messages::MissingOption("--status", "name the censoring indicator"));
     m_settings.CensorVariable = Take("--status", m_definition.Status);
     m_settings.CensorVariableCount = 1;
     for (const std::string& name : m_definition.Covariates) {
       m_settings.CovariateVariables.push_back(
-          TakeNumber("--covariates", name, "A variable with texts or codes belongs to --factors."));
+          TakeNumber("--covariates", name, "A variable with texts belongs to --factors."));
     }
     for (const std::string& name : m_definition.Factors) m_settings.FactorVariables.push_back(Take("--factors", name));
     if (!m_definition.Strata.empty()) {
@@ -112,16 +116,6 @@ class Applier {
 
   void ChooseTimes() {
     const AnalysisDefinition& d = m_definition;
-    const std::vector<std::pair<const char*, bool>> forms = {
-        {"--time", !d.Time.empty()}, {"--dates", !d.Dates.empty()}, {"--date-parts", !d.DateParts.empty()}};
-    const char* chosen = nullptr;
-    for (const auto& [option, given] : forms) {
-      if (given && chosen != nullptr) Fail(Messages::SeveralTimes(chosen, option));
-      if (given) chosen = option;
-    }
-    if (chosen == nullptr) {
-      Fail(Messages::MissingOption("--time", "name the variable with the survival times, or use --dates or --date-parts"));
-    }
     if (!d.Time.empty()) {
       AddTime(TakeNumber("--time", d.Time, "Survival times are numbers."));
       if (m_table.Variable(m_settings.SurvivalVariables[0]).Type == VariableType::Date) {
@@ -139,27 +133,20 @@ class Applier {
   }
 
   void TakeDates() {
-    const auto& names = m_definition.Dates;
-    if (names.size() != 2) Fail(Messages::WrongCount("--dates", 2, names.size(), "start and end date"));
-    for (const std::string& name : names) {
-      AddTime(TakeNumber("--dates", name, "Write dates as 2024-03-31, all of them."));
+    for (const std::string& name : m_definition.Dates) {
+      AddTime(TakeNumber("--dates", name, "Write all its dates as 2024-03-31."));
     }
     // The module tests the first date alone for missing values.
     m_host.RequireValues({m_settings.SurvivalVariables[1]});
   }
 
   void TakeDateParts() {
-    const auto& names = m_definition.DateParts;
-    constexpr std::size_t kParts = 6;
-    if (names.size() != kParts) {
-      Fail(Messages::WrongCount(
-          "--date-parts", kParts, names.size(), "month, day, year of the start, then of the end"));
-    }
     std::vector<int> untested;
-    for (const std::string& name : names) {
+    for (const std::string& name : m_definition.DateParts) {
       AddTime(TakeNumber("--date-parts", name, "Parts of dates are numbers."));
       if (m_settings.SurvivalVariableCount > 1) {
-        untested.push_back(m_settings.SurvivalVariables[static_cast<std::size_t>(m_settings.SurvivalVariableCount - 1)]);
+        untested.push_back(
+            m_settings.SurvivalVariables[static_cast<std::size_t>(m_settings.SurvivalVariableCount - 1)]);
       }
     }
     // As for dates: only the first part is tested for missing values.
@@ -170,13 +157,7 @@ class Applier {
 
   void ChooseStatusCodes() {
     const int variable = m_settings.CensorVariable;
-    const bool hasEvent = !m_definition.EventCode.empty();
-    const bool hasCensored = !m_definition.CensoredCode.empty();
-    if (hasEvent != hasCensored) {
-      Fail(hasEvent ? Messages::MissingOption("--censored", "name the code of a censored case")
-                    : Messages::MissingOption("--event", "name the code of an event"));
-    }
-    if (hasEvent) {
+    if (!m_definition.EventCode.empty()) {
       m_applied.Fields.CodeForCompleteResponses = StatusCode("--event", m_definition.EventCode);
       m_applied.Fields.CodeForCensoredResponses = StatusCode("--censored", m_definition.CensoredCode);
       return;
@@ -192,15 +173,8 @@ class Applier {
   double StatusCode(const std::string& option, const std::string& text) const {
     const int variable = m_settings.CensorVariable;
     const std::optional<double> code = CodeOfText(m_table, variable, text);
-    if (!code || !IsLabelledOrNumeric(variable, *code)) {
-      Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable)));
-    }
+    if (!code) Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable)));
     return *code;
-  }
-
-  // In a variable of texts the number of a code means nothing to the person who wrote the file.
-  bool IsLabelledOrNumeric(int variable, double code) const {
-    return m_table.Variable(variable).Type != VariableType::Text || !m_table.LabelOf(variable, code).empty();
   }
 
   std::int32_t SelectCode(const std::string& option,
@@ -229,40 +203,25 @@ class Applier {
     return codes;
   }
 
-  struct Assignment {
-    int Variable = 0;
-    std::string Right;
-  };
-
-  // "F=..." with F among the factors.
-  Assignment SplitAssignment(const std::string& option, const std::string& text, const std::string& form) const {
-    const std::size_t equals = text.find('=');
-    if (equals == std::string::npos || equals == 0 || equals + 1 == text.size()) {
-      Fail(Messages::MalformedAssignment(option, text, form));
-    }
-    const int variable = Find(option, text.substr(0, equals));
-    if (FactorPlace(m_settings, variable) == m_settings.FactorCount) {
+  int FindFactor(const std::string& option, const std::string& name) const {
+    const int variable = Find(option, name);
+    if (FactorPlace(m_settings, variable) == m_settings.FactorCount)
       Fail(Messages::NotAFactor(option, NameOf(variable)));
-    }
-    return {variable, text.substr(equals + 1)};
+    return variable;
   }
 
   void ChooseFactorCodes() {
     std::map<int, std::vector<std::string>> selected;
     for (const std::string& text : m_definition.FactorCodes) {
-      const Assignment assignment = SplitAssignment("--codes", text, "FACTOR=CODE,CODE,...");
-      static const std::string kComma = ",";
-      std::vector<std::string> codes;
-      CCoxPH::SplitStrings(&codes, &assignment.Right, &kComma);
-      if (!selected.emplace(assignment.Variable, codes).second) {
-        Fail(Messages::AssignedTwice("--codes", NameOf(assignment.Variable)));
-      }
+      const CodeAssignment assignment = ParseCodes("--codes", text);
+      const int variable = FindFactor("--codes", assignment.Factor);
+      if (!selected.emplace(variable, assignment.Codes).second) Fail(Messages::CodesTwice(NameOf(variable)));
     }
     for (const int variable : m_settings.FactorVariables) {
       const bool isSelected = selected.count(variable) != 0;
-      const std::vector<std::int32_t> codes = SelectCodes(isSelected ? "--codes" : "--factors",
-                                                          variable,
+      const std::vector<std::int32_t> codes = SelectCodes(isSelected ? "--codes" : "--factors", variable,
                                                           isSelected ? selected[variable] : std::vector<std::string>{});
+      if (codes.size() < 2) Note(Messages::TooFewCodes(NameOf(variable), CodeTexts(variable, codes)));
       m_settings.FactorCodes.insert(m_settings.FactorCodes.end(), codes.begin(), codes.end());
       m_settings.FactorCodeCounts.push_back(static_cast<std::int16_t>(codes.size()));
     }
@@ -280,32 +239,34 @@ class Applier {
     SetDefaultReferenceCodes(m_analysis);
     std::set<int> assigned;
     for (const std::string& text : m_definition.ReferenceCodes) {
-      const Assignment assignment = SplitAssignment("--reference", text, "FACTOR=CODE");
-      const int variable = assignment.Variable;
-      if (!assigned.insert(variable).second) Fail(Messages::AssignedTwice("--reference", NameOf(variable)));
+      const CodeAssignment assignment = ParseReference("--reference", text);
+      const int variable = FindFactor("--reference", assignment.Factor);
+      const std::string& name = NameOf(variable);
+      if (!assigned.insert(variable).second) Fail(Messages::ReferenceTwice(name));
       const auto place = static_cast<std::size_t>(FactorPlace(m_settings, variable));
-      const std::optional<double> code = CodeOfText(m_table, variable, assignment.Right);
+      const std::optional<double> code = CodeOfText(m_table, variable, assignment.Codes[0]);
       const int position = code ? PositionOfValue(m_settings, static_cast<int>(place), *code) : 0;
-      if (position == 0) Fail(Messages::ReferenceNotSelected(NameOf(variable), assignment.Right, SelectedCodes(place)));
+      if (position == 0) Fail(Messages::ReferenceNotSelected(name, assignment.Codes[0], SelectedCodes(place)));
       m_settings.ReferenceCodes[place] = static_cast<std::int32_t>(*code);
       m_settings.ReferenceCodeIndex[place] = static_cast<std::int16_t>(position);
     }
   }
 
-  std::string SelectedCodes(std::size_t place) const {
+  std::string CodeTexts(int variable, const std::vector<std::int32_t>& codes) const {
     std::vector<std::string> texts;
-    const int first = FirstCodeIndex(m_settings, static_cast<int>(place));
-    for (int k = 0; k < m_settings.FactorCodeCounts[place]; ++k) {
-      texts.push_back(ValueText(
-          m_table, m_settings.FactorVariables[place], m_settings.FactorCodes[static_cast<std::size_t>(first + k)]));
-    }
+    for (const std::int32_t code : codes) texts.push_back(ValueText(m_table, variable, code));
     return fmt::format("{}", fmt::join(texts, ", "));
+  }
+
+  std::string SelectedCodes(std::size_t place) const {
+    const auto first = m_settings.FactorCodes.begin() + FirstCodeIndex(m_settings, static_cast<int>(place));
+    return CodeTexts(m_settings.FactorVariables[place], {first, first + m_settings.FactorCodeCounts[place]});
   }
 
   void ChooseStrataCodes() {
     if (!m_settings.HasStrata()) return;
-    m_settings.StrataCodes = SelectCodes(
-        m_definition.StrataCodes.empty() ? "--strata" : "--strata-codes", m_settings.StrataVariable, m_definition.StrataCodes);
+    m_settings.StrataCodes = SelectCodes(m_definition.StrataCodes.empty() ? "--strata" : "--strata-codes",
+                                         m_settings.StrataVariable, m_definition.StrataCodes);
     m_settings.StrataCodeCount = {static_cast<std::int16_t>(m_settings.StrataCodes.size())};
   }
 
@@ -317,9 +278,11 @@ class Applier {
     const std::map<std::string, std::string> symbols = m_settings.VariableSymbols;
     m_settings.DesignEffects.clear();
     m_settings.EffectSymbols.clear();
-    for (const WrittenEffect& effect : ParseEffects(m_definition.Effects)) {
+    for (WrittenEffect effect : ParseEffects(m_definition.Effects)) {
+      ResolvePredictors(effect, symbols);
       const std::string name = EffectName(effect);
-      if (!m_settings.EffectSymbols.emplace(name, TermOf(effect, symbols)).second) Fail(Messages::DuplicateEffect(name));
+      if (!m_settings.EffectSymbols.emplace(name, TermOf(effect, symbols)).second)
+        Fail(Messages::DuplicateEffect(name));
       m_settings.DesignEffects.push_back(name);
       if (!effect.Nesting.empty()) m_settings.HasNestedEffects = 1;
     }
@@ -327,34 +290,35 @@ class Applier {
     DropUnusedPredictors();
   }
 
-  std::string TermOf(const WrittenEffect& effect, const std::map<std::string, std::string>& symbols) {
-    std::set<std::string> factors;
-    const auto join = [&](const std::vector<std::string>& names) {
+  // Puts the names that the table has in the place of those written, which may be numbers.
+  void ResolvePredictors(WrittenEffect& effect, const std::map<std::string, std::string>& symbols) {
+    std::set<int> factors;
+    for (std::vector<std::string>* names : {&effect.Crossed, &effect.Nesting}) {
+      for (std::string& name : *names) {
+        const int variable = m_table.FindVariable(name);
+        if (variable == 0 || symbols.count(NameOf(variable)) == 0) {
+          std::vector<std::string_view> predictors;
+          for (const auto& entry : symbols) predictors.emplace_back(entry.first);
+          Fail(Messages::EffectNotAPredictor(effect.Text, name, CloseNames(name, predictors, kShownNames)));
+        }
+        const bool isFactor = FactorPlace(m_settings, variable) != m_settings.FactorCount;
+        if (isFactor && !factors.insert(variable).second) {
+          Fail(Messages::FactorTwiceInEffect(effect.Text, NameOf(variable)));
+        }
+        m_used.insert(variable);
+        name = NameOf(variable);
+      }
+    }
+  }
+
+  static std::string TermOf(const WrittenEffect& effect, const std::map<std::string, std::string>& symbols) {
+    const auto join = [&symbols](const std::vector<std::string>& names) {
       std::vector<std::string> terms;
-      for (const std::string& name : names) terms.push_back(SymbolOf(effect, name, symbols, factors));
+      for (const std::string& name : names) terms.push_back(symbols.at(name));
       return fmt::format("{}", fmt::join(terms, "*"));
     };
     const std::string crossed = join(effect.Crossed);
     return effect.Nesting.empty() ? crossed : fmt::format("{}({})", crossed, join(effect.Nesting));
-  }
-
-  std::string SymbolOf(const WrittenEffect& effect,
-                       const std::string& name,
-                       const std::map<std::string, std::string>& symbols,
-                       std::set<std::string>& factors) {
-    const auto symbol = symbols.find(name);
-    if (symbol == symbols.end()) {
-      std::vector<std::string_view> candidates;
-      for (const auto& entry : symbols) candidates.push_back(entry.first);
-      Fail(Messages::EffectNotAPredictor(effect.Text, name, NearestNames(name, candidates, 3)));
-    }
-    const int variable = m_table.FindVariable(name);
-    m_used.insert(variable);
-    const bool isFactor = FactorPlace(m_settings, variable) != m_settings.FactorCount;
-    if (isFactor && !factors.insert(name).second) {
-      Fail(Messages::EffectSyntax(effect.Text, fmt::format("the factor \"{}\" stands twice.", name)));
-    }
-    return symbol->second;
   }
 
   // A predictor outside the design would still make the module leave out cases for its codes.
@@ -383,10 +347,7 @@ class Applier {
   }
 
   void ChooseStartValues() {
-    if (m_definition.StartValues.empty()) {
-      if (!m_definition.FixedCoefficients.empty()) Fail(Messages::FixWithoutStartValues());
-      return;
-    }
+    if (m_definition.StartValues.empty()) return;
     m_settings.UseStartValues = true;
     m_settings.StartValues = m_definition.StartValues;
     if (m_definition.FixedCoefficients.empty()) {

@@ -7,11 +7,19 @@ namespace orv::DefinitionMessages {
 
 namespace {
 
-std::string Closest(const std::vector<std::string>& nearest) {
-  if (nearest.empty()) return {};
+constexpr std::size_t kShownVariables = 8;
+
+std::string Closest(const std::vector<std::string>& close) {
+  if (close.empty()) return {};
   std::vector<std::string> quoted;
-  for (const std::string& name : nearest) quoted.push_back('"' + name + '"');
+  for (const std::string& name : close) quoted.push_back('"' + name + '"');
   return fmt::format(" Closest: {}.", fmt::join(quoted, ", "));
+}
+
+std::string SomeOf(const std::vector<std::string_view>& names) {
+  if (names.size() <= kShownVariables) return fmt::format("{}", fmt::join(names, ", "));
+  return fmt::format("{}, ... ({} in all)", fmt::join(names.begin(), names.begin() + kShownVariables, ", "),
+                     names.size());
 }
 
 }  // namespace
@@ -19,8 +27,10 @@ std::string Closest(const std::vector<std::string>& nearest) {
 std::string UnknownVariable(const std::string& option,
                             const std::string& name,
                             const std::string& table,
-                            const std::vector<std::string>& nearest) {
-  return fmt::format("{}: no variable \"{}\" in {}.{}", option, name, table, Closest(nearest));
+                            const std::vector<std::string>& close,
+                            const std::vector<std::string_view>& all) {
+  const std::string known = close.empty() ? fmt::format(" It has {}.", SomeOf(all)) : Closest(close);
+  return fmt::format("{}: no variable \"{}\" in {}.{}", option, name, table, known);
 }
 
 std::string MissingOption(const std::string& option, const std::string& purpose) {
@@ -44,11 +54,12 @@ std::string DuplicateVariable(const std::string& option, const std::string& vari
 }
 
 std::string TextVariable(const std::string& option, const std::string& variable, const std::string& hint) {
-  return fmt::format("{}: \"{}\" holds texts, not numbers. {}", option, variable, hint);
+  return fmt::format("{}: \"{}\" holds texts. {}", option, variable, hint);
 }
 
 std::string NotADuration(const std::string& variable) {
-  return fmt::format("--time: \"{}\" holds dates. Use --dates START END, and the survival time is counted in days.", variable);
+  return fmt::format("--time: \"{}\" holds dates. Use --dates START END, and the survival time is counted in days.",
+                     variable);
 }
 
 std::string UnknownCode(const std::string& option,
@@ -67,7 +78,8 @@ std::string CodesNeeded(const std::string& variable, const std::string& found) {
 
 std::string FractionalCode(const std::string& option, const std::string& variable, const std::string& value, int line) {
   return fmt::format(
-      "{}: \"{}\" holds {} (case {}), which is no whole number. Codes are whole numbers or texts; a continuous variable "
+      "{}: \"{}\" holds {} (case {}), which is not a whole number. Codes are whole numbers or texts; a continuous "
+      "variable "
       "belongs to --covariates.",
       option, variable, value, line);
 }
@@ -77,8 +89,8 @@ std::string CodeTooLarge(const std::string& option, const std::string& variable,
 }
 
 std::string TooManyCodes(const std::string& option, const std::string& variable, std::size_t found, int limit) {
-  return fmt::format("{}: \"{}\" has {} codes, and at most {} can be used. Is it a continuous variable?",
-                     option, variable, found, limit);
+  return fmt::format("{}: \"{}\" has {} codes, and at most {} can be used. Is it a continuous variable?", option,
+                     variable, found, limit);
 }
 
 std::string DuplicateCode(const std::string& option, const std::string& variable, const std::string& code) {
@@ -89,8 +101,20 @@ std::string MalformedAssignment(const std::string& option, const std::string& te
   return fmt::format("{}: \"{}\" is not of the form {}.", option, text, form);
 }
 
-std::string AssignedTwice(const std::string& option, const std::string& variable) {
-  return fmt::format("{}: \"{}\" is given twice. Name all its codes in one option.", option, variable);
+std::string EmptyListItem(const std::string& option, const std::string& list) {
+  return fmt::format("{}: \"{}\" has a comma with nothing before or after it.", option, list);
+}
+
+std::string MisplacedQuote(const std::string& option, const std::string& list) {
+  return fmt::format("{}: in {}, a quote is not closed, or closed before the end of an item.", option, list);
+}
+
+std::string CodesTwice(const std::string& factor) {
+  return fmt::format("--codes: \"{}\" is given twice. Name all its codes in one option.", factor);
+}
+
+std::string ReferenceTwice(const std::string& factor) {
+  return fmt::format("--reference: \"{}\" is given twice. A factor has one reference code.", factor);
 }
 
 std::string NotAFactor(const std::string& option, const std::string& variable) {
@@ -105,15 +129,20 @@ std::string UnknownChoice(const std::string& option, const std::string& value, c
   return fmt::format("{} {}: use {}.", option, value, choices);
 }
 
-std::string EffectSyntax(const std::string& effect, const std::string& problem) {
-  return fmt::format("--effects: in \"{}\": {}", effect, problem);
+std::string EffectSyntax(const std::string& effects, const std::string& place, const std::string& problem) {
+  return fmt::format("--effects: in \"{}\", {}: {}.", effects, place, problem);
+}
+
+std::string FactorTwiceInEffect(const std::string& effect, const std::string& factor) {
+  return fmt::format("--effects: the factor \"{}\" stands twice in \"{}\".", factor, effect);
 }
 
 std::string EffectNotAPredictor(const std::string& effect,
                                 const std::string& name,
-                                const std::vector<std::string>& nearest) {
-  return fmt::format("--effects: in \"{}\": \"{}\" is not among --covariates and --factors.{}",
-                     effect, name, Closest(nearest));
+                                const std::vector<std::string>& close) {
+  const std::string place = name == effect ? std::string{} : fmt::format("in \"{}\": ", effect);
+  const std::string hint = name.find(' ') == std::string::npos ? Closest(close) : " Effects are separated by commas.";
+  return fmt::format("--effects: {}\"{}\" is not among --covariates and --factors.{}", place, name, hint);
 }
 
 std::string DuplicateEffect(const std::string& effect) {
@@ -121,7 +150,7 @@ std::string DuplicateEffect(const std::string& effect) {
 }
 
 std::string FixWithoutStartValues() {
-  return "--fix: coefficients are held at their start values: give them with --start-values.";
+  return "--fix: coefficients are held at their start values, so give these with --start-values.";
 }
 
 std::string FixOutOfRange(int coefficient, int count) {
@@ -138,16 +167,23 @@ std::string StatusCodesTaken(const std::string& variable) {
 }
 
 std::string UnusedPredictor(const std::string& variable) {
-  return fmt::format("\"{}\" is in no effect and was left out of the analysis.", variable);
+  return fmt::format("--effects: \"{}\" is in no effect and takes no part in the analysis.", variable);
+}
+
+std::string TooFewCodes(const std::string& factor, const std::string& codes) {
+  if (codes.empty()) return fmt::format("--factors: \"{}\" has no codes, all its values are missing.", factor);
+  return fmt::format("--factors: \"{}\" has a single code, {}.", factor, codes);
 }
 
 std::string EntryHasNoEffect() {
-  return "--entry has no effect on the risk sets with this form of survival time. For late entry, define each case as an "
-         "interval.";
+  return "--entry: with this form of survival time, entry times do not change the risk sets. Cases without one are "
+         "left "
+         "out.";
 }
 
 std::string StartValuesStandardized() {
-  return "start values are taken on the scale of the standardised columns. With --fix they are on the scale of the data.";
+  return "--start-values: taken on the scale of the standardised columns; with --fix they are on the scale of the "
+         "data.";
 }
 
 }  // namespace orv::DefinitionMessages

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orv::DefinitionMessages {
@@ -10,7 +11,8 @@ namespace orv::DefinitionMessages {
 std::string UnknownVariable(const std::string& option,
                             const std::string& name,
                             const std::string& table,
-                            const std::vector<std::string>& nearest);
+                            const std::vector<std::string>& close,
+                            const std::vector<std::string_view>& all);
 std::string MissingOption(const std::string& option, const std::string& purpose);
 std::string SeveralTimes(const std::string& first, const std::string& second);
 std::string WrongCount(const std::string& option, std::size_t wanted, std::size_t given, const std::string& what);
@@ -28,14 +30,19 @@ std::string CodeTooLarge(const std::string& option, const std::string& variable,
 std::string TooManyCodes(const std::string& option, const std::string& variable, std::size_t found, int limit);
 std::string DuplicateCode(const std::string& option, const std::string& variable, const std::string& code);
 std::string MalformedAssignment(const std::string& option, const std::string& text, const std::string& form);
-std::string AssignedTwice(const std::string& option, const std::string& variable);
+std::string EmptyListItem(const std::string& option, const std::string& list);
+std::string MisplacedQuote(const std::string& option, const std::string& list);
+std::string CodesTwice(const std::string& factor);
+std::string ReferenceTwice(const std::string& factor);
 std::string NotAFactor(const std::string& option, const std::string& variable);
 std::string ReferenceNotSelected(const std::string& variable, const std::string& code, const std::string& selected);
 std::string UnknownChoice(const std::string& option, const std::string& value, const std::string& choices);
-std::string EffectSyntax(const std::string& effect, const std::string& problem);
+// `place` is where in the text the problem stands, such as "at character 4".
+std::string EffectSyntax(const std::string& effects, const std::string& place, const std::string& problem);
+std::string FactorTwiceInEffect(const std::string& effect, const std::string& factor);
 std::string EffectNotAPredictor(const std::string& effect,
                                 const std::string& name,
-                                const std::vector<std::string>& nearest);
+                                const std::vector<std::string>& close);
 std::string DuplicateEffect(const std::string& effect);
 std::string FixWithoutStartValues();
 std::string FixOutOfRange(int coefficient, int count);
@@ -44,6 +51,7 @@ std::string FixPartOfEffect(const std::string& effect, int first, int last);
 // Notes.
 std::string StatusCodesTaken(const std::string& variable);
 std::string UnusedPredictor(const std::string& variable);
+std::string TooFewCodes(const std::string& factor, const std::string& codes);
 std::string EntryHasNoEffect();
 std::string StartValuesStandardized();
 

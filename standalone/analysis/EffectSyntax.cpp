@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
+
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/analysis/DefinitionMessages.h"
 
@@ -23,7 +25,9 @@ class EffectParser {
       effects.push_back(ParseEffect());
     } while (Take(','));
     SkipBlanks();
-    if (m_at < m_text.size()) Fail("expected \"*\", \"(\", \",\" or the end");
+    if (m_at < m_text.size()) {
+      Fail(effects.back().Nesting.empty() ? "expected \"*\", \"(\", \",\" or the end" : "expected \",\" or the end");
+    }
     return effects;
   }
 
@@ -41,7 +45,8 @@ class EffectParser {
         Fail("a cross goes before the parenthesis: write c*a(b) for a(b)*c");
       }
     }
-    effect.Text = m_text.substr(start, m_at - start);
+    const std::string_view written = m_text.substr(start, m_at - start);
+    effect.Text = written.substr(0, written.find_last_not_of(kBlanks) + 1);
     return effect;
   }
 
@@ -65,6 +70,7 @@ class EffectParser {
   }
 
   std::string ParseQuotedName() {
+    const std::size_t open = m_at;
     std::string name;
     for (++m_at; m_at < m_text.size(); ++m_at) {
       if (m_text[m_at] != '"') {
@@ -76,7 +82,8 @@ class EffectParser {
         return name;
       }
     }
-    Fail("the quote is not closed");
+    m_at = open;
+    Fail("the quote that opens here is not closed");
   }
 
   bool Take(char sign) {
@@ -90,9 +97,15 @@ class EffectParser {
     while (m_at < m_text.size() && kBlanks.find(m_text[m_at]) != std::string_view::npos) ++m_at;
   }
 
-  [[noreturn]] void Fail(const std::string& expected) const {
-    throw DefinitionError(
-        DefinitionMessages::EffectSyntax(std::string(m_text), fmt::format("at character {}: {}.", m_at + 1, expected)));
+  // From 1, in characters of UTF-8: bytes that continue a character do not count.
+  std::ptrdiff_t CharacterNumber() const {
+    const std::string_view before = m_text.substr(0, m_at);
+    return 1 + std::count_if(before.begin(), before.end(), [](char c) { return (c & 0xC0) != 0x80; });
+  }
+
+  [[noreturn]] void Fail(const std::string& problem) const {
+    const std::string place = m_at < m_text.size() ? fmt::format("at character {}", CharacterNumber()) : "at the end";
+    throw DefinitionError(DefinitionMessages::EffectSyntax(std::string(m_text), place, problem));
   }
 
   std::string_view m_text;

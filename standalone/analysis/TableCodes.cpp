@@ -8,6 +8,7 @@
 
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/analysis/DefinitionMessages.h"
+#include "standalone/analysis/ListSyntax.h"
 
 namespace orv {
 
@@ -69,12 +70,14 @@ std::optional<double> ParseNumber(std::string_view text) {
 
 std::optional<double> CodeOfText(const MemoryTable& table, int variable, std::string_view text) {
   if (const std::optional<double> code = table.CodeOf(variable, text)) return code;
+  // In a variable of texts the number of a code means nothing to the person who wrote the file.
+  if (table.Variable(variable).Type == VariableType::Text) return std::nullopt;
   return ParseNumber(text);
 }
 
 std::string ValueText(const MemoryTable& table, int variable, double value) {
   const std::string_view label = table.LabelOf(variable, value);
-  return label.empty() ? fmt::format("{}", value) : std::string(label);
+  return label.empty() ? fmt::format("{}", value) : ListItem(label);
 }
 
 std::string ValuesForMessage(const MemoryTable& table, int variable) {

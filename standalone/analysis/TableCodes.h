@@ -18,10 +18,11 @@ std::vector<double> DistinctValues(const MemoryTable& table, int variable, std::
 // no whole number or out of range, or when there are more than 500.
 std::vector<std::int32_t> FindCodes(const std::string& option, const MemoryTable& table, int variable);
 
-// The value that a text means: a label of the variable, or a number. Empty when it is neither.
+// The value that a text means: a label of the variable or, unless the variable holds texts, a number. Empty when it is
+// neither.
 std::optional<double> CodeOfText(const MemoryTable& table, int variable, std::string_view text);
 
-// A value as a person would write it: its label, or the number in its shortest form.
+// A value as a person would write it in a list: its label, or the number in its shortest form.
 std::string ValueText(const MemoryTable& table, int variable, double value);
 
 // The first values of a variable for a message, such as "1, 2, 3, ...".

@@ -1,5 +1,7 @@
 #include "standalone/host/Interrupt.h"
 
+#include <signal.h>  // sigaction, which <csignal> lacks
+
 #include <csignal>
 
 namespace orv {
@@ -17,7 +19,14 @@ extern "C" void KeepInterrupt(int signal) {
 
 void CatchInterrupts() {
   g_interrupted = 0;
-  std::signal(SIGINT, KeepInterrupt);
+  struct sigaction current {};
+  sigaction(SIGINT, nullptr, &current);
+  // A shell makes its background jobs deaf to Ctrl-C, and so they stay.
+  if (current.sa_handler == SIG_IGN) return;
+  struct sigaction action {};
+  action.sa_handler = KeepInterrupt;
+  // No SA_RESTART: a program that waits for its input has to notice.
+  sigaction(SIGINT, &action, nullptr);
 }
 
 bool WasInterrupted() {

@@ -81,8 +81,11 @@ bool StandaloneHost::LacksRequiredValue(int caseNumber) {
   return false;
 }
 
-std::int16_t StandaloneHost::cstrtw(
-    int caseNumber, double* values, int& hasWeight, double& weight, int& weightVariable) {
+std::int16_t StandaloneHost::cstrtw(int caseNumber,
+                                    double* values,
+                                    int& hasWeight,
+                                    double& weight,
+                                    int& weightVariable) {
   values[0] = caseNumber;
   for (std::size_t variable = 0; variable < m_columns.size(); ++variable) {
     values[variable + 1] = m_columns[variable][caseNumber - 1];

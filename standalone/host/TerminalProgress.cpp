@@ -33,8 +33,8 @@ void TerminalProgress::MoveTo(double position) {
   if (percent == m_drawnPercent || std::chrono::steady_clock::now() - m_start < kQuickWork) return;
   m_drawnPercent = percent;
   const auto filled = static_cast<std::size_t>(percent * kBarWidth / 100);
-  *m_out << '\r' << m_title << " [" << std::string(filled, '#') << std::string(kBarWidth - filled, ' ') << "] " << percent
-         << " %" << std::flush;
+  *m_out << '\r' << m_title << " [" << std::string(filled, '#') << std::string(kBarWidth - filled, ' ') << "] "
+         << percent << " %" << std::flush;
 }
 
 }  // namespace orv

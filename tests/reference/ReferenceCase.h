@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,11 @@ struct ReferenceCase {
   std::string Name;
   nlohmann::json Content;
 };
+
+// How a test names its case.
+inline void PrintTo(const ReferenceCase& reference, std::ostream* out) {
+  *out << reference.Name;
+}
 
 // All cases in the folder, by name.
 std::vector<ReferenceCase> LoadReferenceCases();

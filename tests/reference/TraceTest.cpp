@@ -23,6 +23,10 @@ struct Trace {
   const json& Expected() const { return Case.Content.at("trace")[Number]; }
 };
 
+void PrintTo(const Trace& trace, std::ostream* out) {
+  *out << trace.Case.Name << ", trace " << trace.Number + 1;
+}
+
 std::vector<Trace> LoadTraces() {
   std::vector<Trace> traces;
   for (const ReferenceCase& reference : LoadReferenceCases()) {
@@ -96,8 +100,10 @@ TEST_P(Traces, HistoryAgreesVectorByVector) {
   }
   const auto last = expected.at("coef").get<std::vector<double>>();
   const auto dropped = expected.at("dropped").get<std::vector<bool>>();
+  // A reference that went on by chance stands where chance left it.
+  const double lastDigits = comparable == likelihoods.size() ? kDigits : kDigits - 1.0;
   for (std::size_t j = 0; j < last.size(); ++j) {
-    EXPECT_GE(DigitsAgreed(fit.m_BetaHistory.back()[j], last[j], scale(j)), kDigits) << "coefficient " << j + 1;
+    EXPECT_GE(DigitsAgreed(fit.m_BetaHistory.back()[j], last[j], scale(j)), lastDigits) << "coefficient " << j + 1;
     EXPECT_EQ(run.Analysis->m_pCoxData->DesignColumns[j].Dropped, dropped[j]) << "coefficient " << j + 1;
     for (std::size_t k = 0; k < last.size(); ++k) {
       EXPECT_GE(DigitsAgreed(fit.m_Covariance[j][k], covariance[j][k], scale(j) * scale(k)), kDigits)

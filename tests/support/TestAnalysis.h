@@ -1,7 +1,10 @@
 // An analysis of a small table that a test writes down: table, host and analysis object together.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,8 +14,8 @@
 #include "core/VariableSelection.h"
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
-#include "standalone/host/StandaloneHost.h"
 #include "standalone/tables/MemoryTable.h"
+#include "support/TestHost.h"
 
 namespace orv::testing {
 
@@ -34,11 +37,12 @@ inline MemoryTable MakeTable(const std::vector<TestColumn>& columns) {
   return table;
 }
 
-// The options are set by variable name. Codes of factors and strata are given as a test needs them. The status codes are
-// 1 complete and 0 censored unless changed in `Fields`.
+// The options are set by variable name. Codes of factors and strata are given as a test needs them. The status codes
+// are 1 complete and 0 censored unless changed in `Fields`.
 class TestAnalysis {
  public:
-  explicit TestAnalysis(const std::vector<TestColumn>& columns) : Table(MakeTable(columns)), Host(Table), Analysis(nullptr) {
+  explicit TestAnalysis(const std::vector<TestColumn>& columns)
+      : Table(MakeTable(columns)), Host(Table), Analysis(nullptr) {
     Analysis.AttachHost(Host);
     Analysis.Init();
     Fields.CodeForCompleteResponses = 1.0;
@@ -110,13 +114,38 @@ class TestAnalysis {
     return *this;
   }
 
+  // Start values in design order. They count on the standardised scale unless parameters are fixed too.
+  TestAnalysis& StartAt(const std::vector<double>& values) {
+    Settings().UseStartValues = true;
+    Settings().StartValues = values;
+    return *this;
+  }
+  // Holds effects at their start values; one flag per effect.
+  TestAnalysis& Fix(const std::vector<bool>& flags) {
+    Settings().HasFixedParameters = true;
+    Settings().FixedParameterFlags = flags;
+    return *this;
+  }
+
+  // The case data and an empty fit of the model, ready for FitCurrentModel or for a part of it.
+  CCoxFit& PrepareFit() {
+    Analysis.ReplaceData(std::make_unique<CCoxData>(&Analysis));
+    Data().BuildDesign(Settings().InputType);
+    EXPECT_EQ(Data().ReadCases(nullptr), 0) << "the cases of the test cannot be read";
+    Analysis.ReplaceFit(std::make_unique<CCoxFit>(&Data(), Settings().Likelihood, Settings().InputType));
+    Fit().ResetResults();
+    Fit().ActiveParameterCount();
+    Host.Bars.clear();
+    return Fit();
+  }
+
   // What OK in the startup dialog does. 0 when there are results.
   int Run() { return Analysis.RunFromStartup(Fields, nullptr); }
   // The run driver alone, without the checks before it.
   int RunUnchecked() { return Analysis.RunCoxRegression(nullptr); }
 
   MemoryTable Table;
-  StandaloneHost Host;
+  TestHost Host;
   CCoxPH Analysis;
   StartupFields Fields;
 };

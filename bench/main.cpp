@@ -1,0 +1,110 @@
+// orvcox_bench: what reading, one pass and a whole fit cost, as ratios to what this machine can do.
+#include <benchmark/benchmark.h>
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <exception>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "Cases.h"
+#include "MachineSpeed.h"
+#include "RatioReporter.h"
+
+namespace orv::bench {
+
+namespace {
+
+// Defaults that the command line can override: many runs of a length well above the resolution of the clock.
+constexpr const char* kDefaultFlags[] = {"--benchmark_repetitions=9", "--benchmark_min_time=0.1"};
+
+constexpr const char* kLegend =
+    R"(read: a file to a table in memory. cases: that table to the sorted case table, which takes n log n. pass:
+likelihood, score and information at one vector. fit: the table in memory to the fitted model, cases included.
+
+Each case is checked before it is timed. Times are CPU times of the one thread, medians over the runs; the spread is
+the middle half of the runs relative to the median.
+  answer       digits to which the result agrees with the definition computed in long double
+  Gmadd/s      1e9 multiply-adds per second: p (p + 1) / 2 + p for each case in a risk-set sum, for each event in a
+               sum over tied events (Efron) and for each event term; exponentials and divisions are not counted
+  of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
+  GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache)
+  of scan      the time to read the file's bytes and count its lines against the time to read it as a table
+)";
+
+std::string ProcessorName() {
+  std::ifstream info("/proc/cpuinfo");
+  for (std::string line; std::getline(info, line);) {
+    const std::size_t colon = line.find(": ");
+    if (line.starts_with("model name") && colon != std::string::npos) return line.substr(colon + 2);
+  }
+  return "unknown processor";
+}
+
+std::string Caches(const benchmark::CPUInfo& processor) {
+  std::string caches;
+  for (const auto& cache : processor.caches) {
+    if (cache.type == "Instruction") continue;
+    caches += fmt::format("{}L{} {} KiB", caches.empty() ? "" : ", ", cache.level, cache.size / 1024);
+  }
+  return caches;
+}
+
+void PrintConditions(const MachineSpeed& speed) {
+  const benchmark::CPUInfo& processor = benchmark::CPUInfo::Get();
+  fmt::print("Machine    {}, {} processors, {}\n", ProcessorName(), processor.num_cpus, Caches(processor));
+  fmt::print("Compiler   {} {}\n", ORV_BENCH_COMPILER, __VERSION__);
+  fmt::print("Flags      {}\n", ORV_BENCH_FLAGS);
+  fmt::print("Peak       {:.1f} Gmadd/s ({}); portable {:.1f} Gmadd/s; triad {:.1f} GB/s\n\n",
+             speed.MultiplyAdds * 1e-9, speed.VectorUnit, speed.PortableMultiplyAdds * 1e-9, speed.TriadBytes * 1e-9);
+  fmt::print("{}", kLegend);
+  std::fflush(stdout);
+}
+
+// The machine is measured again at the end: what changed in between has changed the ratios too.
+void PrintEnd(const MachineSpeed& start, const MachineSpeed& end, const std::string& command) {
+  fmt::print("\nPeak at the end {:.1f} Gmadd/s ({:+.0f} %), triad {:.1f} GB/s ({:+.0f} %)\n", end.MultiplyAdds * 1e-9,
+             (end.MultiplyAdds / start.MultiplyAdds - 1.0) * 100.0, end.TriadBytes * 1e-9,
+             (end.TriadBytes / start.TriadBytes - 1.0) * 100.0);
+  fmt::print("Command    {}\n", command);
+}
+
+int Run(int argc, char** argv) {
+  std::string command = argv[0];
+  for (int i = 1; i < argc; ++i) command += fmt::format(" {}", argv[i]);
+
+  std::vector<std::string> defaults(std::begin(kDefaultFlags), std::end(kDefaultFlags));
+  std::vector<char*> arguments{argv[0]};
+  for (std::string& flag : defaults) arguments.push_back(flag.data());
+  arguments.insert(arguments.end(), argv + 1, argv + argc);
+  int count = static_cast<int>(arguments.size());
+  arguments.push_back(nullptr);
+  benchmark::Initialize(&count, arguments.data());
+  if (benchmark::ReportUnrecognizedArguments(count, arguments.data())) return 2;
+
+  RegisterReadBenchmarks();
+  RegisterCaseBenchmarks();
+  RegisterPassBenchmarks();
+  RegisterFitBenchmarks();
+  const MachineSpeed start = MeasureMachine();
+  PrintConditions(start);
+  RatioReporter reporter(start);
+  const std::size_t cases = benchmark::RunSpecifiedBenchmarks(&reporter);
+  PrintEnd(start, MeasureMachine(), command);
+  benchmark::Shutdown();
+  return reporter.HasFailed() || cases == 0 ? 1 : 0;
+}
+
+}  // namespace
+
+}  // namespace orv::bench
+
+int main(int argc, char** argv) {
+  try {
+    return orv::bench::Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "orvcox_bench: %s\n", error.what());
+    return 1;
+  }
+}

@@ -1,0 +1,69 @@
+#include "standalone/analysis/CheckDefinition.h"
+
+#include <utility>
+
+#include "standalone/analysis/Choices.h"
+#include "standalone/analysis/DefinitionMessages.h"
+#include "standalone/analysis/EffectSyntax.h"
+#include "standalone/analysis/ListSyntax.h"
+
+namespace orv {
+
+namespace {
+
+namespace Messages = DefinitionMessages;
+
+constexpr std::size_t kDates = 2;
+constexpr std::size_t kDateParts = 6;
+
+[[noreturn]] void Fail(const std::string& message) {
+  throw DefinitionError(message);
+}
+
+void CheckTimes(const AnalysisDefinition& d) {
+  const std::pair<const char*, bool> forms[] = {
+      {"--time", !d.Time.empty()}, {"--dates", !d.Dates.empty()}, {"--date-parts", !d.DateParts.empty()}};
+  const char* chosen = nullptr;
+  for (const auto& [option, given] : forms) {
+    if (given && chosen != nullptr) Fail(Messages::SeveralTimes(chosen, option));
+    if (given) chosen = option;
+  }
+  if (chosen == nullptr) {
+    Fail(
+        Messages::MissingOption("--time", "name the variable with the survival times, or use --dates or --date-parts"));
+  }
+  if (!d.Dates.empty() && d.Dates.size() != kDates) {
+    Fail(Messages::WrongCount("--dates", kDates, d.Dates.size(), "start and end date"));
+  }
+  if (!d.DateParts.empty() && d.DateParts.size() != kDateParts) {
+    Fail(Messages::WrongCount("--date-parts", kDateParts, d.DateParts.size(),
+                              "month, day, year of the start, then of the end"));
+  }
+}
+
+void CheckStatus(const AnalysisDefinition& d) {
+  if (d.Status.empty()) Fail(Messages::MissingOption("--status", "name the censoring indicator"));
+  if (d.EventCode.empty() == d.CensoredCode.empty()) return;
+  Fail(d.EventCode.empty() ? Messages::MissingOption("--event", "name the code of an event")
+                           : Messages::MissingOption("--censored", "name the code of a censored case"));
+}
+
+}  // namespace
+
+void CheckDefinition(const AnalysisDefinition& definition) {
+  const AnalysisDefinition& d = definition;
+  CheckTimes(d);
+  CheckStatus(d);
+  if (d.Strata.empty() && !d.StrataCodes.empty()) {
+    Fail(Messages::MissingOption("--strata", "name the variable that --strata-codes belongs to"));
+  }
+  for (const std::string& text : d.FactorCodes) ParseCodes("--codes", text);
+  for (const std::string& text : d.ReferenceCodes) ParseReference("--reference", text);
+  if (!d.Effects.empty()) ParseEffects(d.Effects);
+  ChoiceValue("--coding", d.Coding, CodingChoices(), 0);
+  ChoiceValue("--ties", d.Ties, TieChoices(), 0);
+  ChoiceValue("--converge", d.Converge, ConvergenceChoices(), 0);
+  if (d.StartValues.empty() && !d.FixedCoefficients.empty()) Fail(Messages::FixWithoutStartValues());
+}
+
+}  // namespace orv

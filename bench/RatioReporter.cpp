@@ -153,7 +153,7 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
   for (const Run& run : runs) {
     if (!run.error_occurred) continue;
     m_hasFailed = true;
-    GetErrorStream() << run.run_name.function_name << ": " << run.error_message << std::endl;
+    GetOutputStream() << run.run_name.function_name << " FAILED: " << run.error_message << std::endl;
     return;
   }
   const std::optional<CaseResult> summary = Summarize(runs);

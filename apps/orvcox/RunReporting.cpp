@@ -174,10 +174,10 @@ std::vector<std::string> NotesOnRun(const CCoxPH& analysis, const StandaloneHost
                     limit, limit == 1 ? "iteration" : "iterations"));
   }
   for (const std::string& factor : FactorsWithOtherRatios(analysis)) {
-    notes.push_back(
-        fmt::format("under sigma coding the hazard ratios of {} do not all compare with its reference level, since it has "
-                    "more than 3 levels: use --coding reference for such ratios.",
-                    factor));
+    notes.push_back(fmt::format(
+        "under sigma coding the hazard ratios of {} do not all compare with its reference level, since it has "
+        "more than 3 levels: use --coding reference for such ratios.",
+        factor));
   }
   return notes;
 }

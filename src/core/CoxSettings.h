@@ -88,11 +88,11 @@ struct CoxSettings {
   double CodeForCensoredResponses = 0.0;  // the same range; must differ
   std::int16_t StrataVariable = 0;
   std::int16_t StrataVariableCount = 0;
-  std::vector<std::int32_t> StrataCodes;       // selected strata, at most 500
-  std::vector<std::int16_t> StrataCodeCount;   // one element: the number of strata codes
-  std::int16_t EntryTimeVariable = 0;          // left truncation
-  bool UseRobustVariance = false;              // compute the sandwich covariance
-  bool HasRun = false;                         // a run has read its cases
+  std::vector<std::int32_t> StrataCodes;      // selected strata, at most 500
+  std::vector<std::int16_t> StrataCodeCount;  // one element: the number of strata codes
+  std::int16_t EntryTimeVariable = 0;         // left truncation
+  bool UseRobustVariance = false;             // compute the sandwich covariance
+  bool HasRun = false;                        // a run has read its cases
 
   // ---- Design -------------------------------------------------------------------------------------------------
   std::vector<std::string> BackupDesignEffects;
@@ -104,7 +104,7 @@ struct CoxSettings {
   std::map<int, int> DesignFactorSet;  // variables that the design uses, ordered by number, with their role
 
   // ---- The run ------------------------------------------------------------------------------------------------
-  bool FinalFitReady = true;       // false while a selection loop runs: the model in hand is a candidate
+  bool FinalFitReady = true;  // false while a selection loop runs: the model in hand is a candidate
   std::int16_t ModelBuilding = ModelBuildings::AllEffects;
   std::int16_t Likelihood = Likelihoods::Breslow;
   std::int16_t InputType = InputTypes::SurvivalTime;
@@ -121,11 +121,11 @@ struct CoxSettings {
   std::vector<std::int32_t> TimeExpressionVariables;  // variables that the expressions read
 
   // ---- Model building -----------------------------------------------------------------------------------------
-  double PToEnter = 0.05;             // open interval 0 to 1; forward and stepwise
-  double PToRemove = 0.15;            // open interval 0 to 1; backward and stepwise
-  std::int32_t EffectsToForce = 0;    // 0 to the number of effects
-  std::int32_t ForcedStepCount = 0;   // leading entries of the step lists that are forced effects
-  std::int32_t DisplayBest = 1;       // best subsets to report
+  double PToEnter = 0.05;            // open interval 0 to 1; forward and stepwise
+  double PToRemove = 0.15;           // open interval 0 to 1; backward and stepwise
+  std::int32_t EffectsToForce = 0;   // 0 to the number of effects
+  std::int32_t ForcedStepCount = 0;  // leading entries of the step lists that are forced effects
+  std::int32_t DisplayBest = 1;      // best subsets to report
 
   bool HasStrata() const { return StrataVariableCount > 0; }
   int PredictorCount() const { return CovariateCount + FactorCount; }

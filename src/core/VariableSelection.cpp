@@ -114,8 +114,7 @@ void BuildDefaultDesign(CCoxPH& analysis) {
   for (const int variable : s.FactorVariables) addVariable(variable);
   if (s.InputType != InputTypes::TimeDependent) return;
   for (std::size_t k = 0; k < s.TimeDependentCovariateNames.size(); ++k) {
-    add(s.TimeDependentCovariateNames[k],
-        std::string(kTimeExpressionSymbol),
+    add(s.TimeDependentCovariateNames[k], std::string(kTimeExpressionSymbol),
         TimeExpressionSymbol(static_cast<int>(k) + 1));
   }
 }

@@ -33,7 +33,8 @@ class CCoxData {
   // Reads the input table into CaseTable: excludes, evaluates the design, gathers statistics, sorts. Returns 0, or 1
   // after a message, or 1 silently when the user cancelled.
   int ReadCases(void* parent);
-  // Reads one case, once the design is built. `values` is the input row (element 0 the case number), `outputRow` the row of CaseTable from 1.
+  // Reads one case, once the design is built. `values` is the input row (element 0 the case number), `outputRow` the
+  // row of CaseTable from 1.
   Exclusion ReadCase(const double* values, int outputRow, double weight);
   // 1 when a tested variable of the input row is missing, else 0. What is tested, and that only the first of several
   // survival variables is, has been so in every release.
@@ -43,16 +44,16 @@ class CCoxData {
 
   CCoxPH* Owner = nullptr;
   orv::CaseTable CaseTable;
-  std::uint32_t DesignColumnCount = 0;   // design columns built
-  std::uint32_t CaseCount = 0;           // cases of the input table while reading, kept cases afterwards
-  std::uint32_t CoefficientCount = 0;    // coefficients of the full model
-  std::uint32_t ValidCaseCount = 0;      // cases kept
-  std::uint32_t EffectCount = 0;         // effects of the design
-  std::uint32_t ColumnCount = 0;         // columns of CaseTable
-  std::uint32_t CensoredCaseCount = 0;   // kept cases by status
+  std::uint32_t DesignColumnCount = 0;  // design columns built
+  std::uint32_t CaseCount = 0;          // cases of the input table while reading, kept cases afterwards
+  std::uint32_t CoefficientCount = 0;   // coefficients of the full model
+  std::uint32_t ValidCaseCount = 0;     // cases kept
+  std::uint32_t EffectCount = 0;        // effects of the design
+  std::uint32_t ColumnCount = 0;        // columns of CaseTable
+  std::uint32_t CensoredCaseCount = 0;  // kept cases by status
   std::uint32_t CompleteCaseCount = 0;
-  std::uint32_t TimeVariableCount = 0;   // columns for the variables of time expressions
-  bool FixedFlagConflict = false;        // columns of one effect disagree on Fixed
+  std::uint32_t TimeVariableCount = 0;         // columns for the variables of time expressions
+  bool FixedFlagConflict = false;              // columns of one effect disagree on Fixed
   std::map<double, double> CompleteByStratum;  // stratum value to number of complete cases, unweighted
   std::map<double, double> CensoredByStratum;
   std::map<double, double> CasesByStratum;
@@ -75,11 +76,11 @@ class CCoxData {
   std::vector<CoxDesignColumn> DesignColumns;   // design columns, then the records of time and subject variables
   std::vector<std::int32_t> EffectFirstColumn;  // per effect, from 1
   std::vector<std::int32_t> EffectLastColumn;
-  std::vector<bool> EffectInModel;          // per effect: in the current model
-  std::vector<bool> EffectFixed;            // per effect: held at its start values
-  std::vector<double> CovariateMeans;       // running weighted means of the raw covariates
-  std::vector<double> CovariateWeights;     // and their weight sums
-  std::vector<double> FactorModalCodes;     // most frequent code of each factor, by weight
+  std::vector<bool> EffectInModel;                           // per effect: in the current model
+  std::vector<bool> EffectFixed;                             // per effect: held at its start values
+  std::vector<double> CovariateMeans;                        // running weighted means of the raw covariates
+  std::vector<double> CovariateWeights;                      // and their weight sums
+  std::vector<double> FactorModalCodes;                      // most frequent code of each factor, by weight
   std::vector<std::map<double, double>> FactorLevelWeights;  // per factor: code to weight sum
   std::uint32_t FixedEffectCount = 0;
   ExclusionCounts Excluded;
@@ -115,10 +116,10 @@ class CCoxData {
   void FindModalCodes();
 
   std::vector<MissingTest> m_MissingTests;
-  std::vector<double> m_ExpressionCodes;    // missing codes of TimeExpressionVariables
-  std::vector<int> m_FactorLevels;          // of the case in hand, per factor
-  std::vector<int> m_FactorPlaceOfVariable; // per variable number: its place among the factors, -1 when none
-  std::vector<double> m_ExpressionValues;   // of the case in hand
+  std::vector<double> m_ExpressionCodes;     // missing codes of TimeExpressionVariables
+  std::vector<int> m_FactorLevels;           // of the case in hand, per factor
+  std::vector<int> m_FactorPlaceOfVariable;  // per variable number: its place among the factors, -1 when none
+  std::vector<double> m_ExpressionValues;    // of the case in hand
 };
 
 }  // namespace orv

@@ -15,24 +15,24 @@ inline constexpr std::int32_t TimeExpression = -1;
 }  // namespace VariableRole
 
 struct CoxDesignColumn {
-  std::int32_t VariableCount = 0;            // variables in the term
-  std::vector<std::int32_t> Variables;       // their numbers, from 1
-  std::vector<std::int32_t> VariableRoles;   // per variable; per expression after them
-  std::vector<std::int32_t> LevelIndex;      // per variable: the level this column stands for, from 1
-  std::int32_t ColumnInEffect = 0;           // place within the effect, from 1
-  double Mean = 0.0;                         // unweighted
-  double Variance = 0.0;                     // denominator n - 1; the running sum of squares while reading
-  double StdDev = 0.0;                       // 0 with fewer than two values
-  std::int32_t Count = 0;                    // values that entered the three above
-  double WeightedMean = 0.0;                 // by case weight
-  double WeightedVariance = 0.0;             // denominator weight sum - 1; the running sum while reading
+  std::int32_t VariableCount = 0;           // variables in the term
+  std::vector<std::int32_t> Variables;      // their numbers, from 1
+  std::vector<std::int32_t> VariableRoles;  // per variable; per expression after them
+  std::vector<std::int32_t> LevelIndex;     // per variable: the level this column stands for, from 1
+  std::int32_t ColumnInEffect = 0;          // place within the effect, from 1
+  double Mean = 0.0;                        // unweighted
+  double Variance = 0.0;                    // denominator n - 1; the running sum of squares while reading
+  double StdDev = 0.0;                      // 0 with fewer than two values
+  std::int32_t Count = 0;                   // values that entered the three above
+  double WeightedMean = 0.0;                // by case weight
+  double WeightedVariance = 0.0;            // denominator weight sum - 1; the running sum while reading
   double WeightedStdDev = 0.0;
   double WeightSum = 0.0;
-  std::string EffectName;                    // the effect as the user sees it
-  std::string EffectTerm;                    // its symbolic term
-  bool Dropped = false;                      // took no part in the last factorisation: aliased, constant or held fixed
-  bool Fixed = false;                        // coefficient held at its start value
-  std::vector<std::int32_t> ExpressionIds;   // time expressions of the term, from 1
+  std::string EffectName;                   // the effect as the user sees it
+  std::string EffectTerm;                   // its symbolic term
+  bool Dropped = false;                     // took no part in the last factorisation: aliased, constant or held fixed
+  bool Fixed = false;                       // coefficient held at its start value
+  std::vector<std::int32_t> ExpressionIds;  // time expressions of the term, from 1
   std::int32_t ExpressionCount = 0;
 
   bool HasFactor() const;

@@ -35,7 +35,7 @@ using DenseMatrix = std::vector<std::vector<double>>;
 
 // What sets one maximisation routine apart from the others within the common frame.
 struct RoutineTraits {
-  bool HasCancelQuery = false;          // asks for cancel after each iteration
+  bool HasCancelQuery = false;           // asks for cancel after each iteration
   bool SkipsLoopWithoutColumns = false;  // with no parameters the null pass is the fit
 };
 

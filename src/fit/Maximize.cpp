@@ -6,8 +6,8 @@
 #include "fit/CCoxFit.h"
 #include "fit/FloatingPointRegime.h"
 #include "fit/LDL.h"
-#include "host/WorkArray.h"
 #include "host/TextIds.h"
+#include "host/WorkArray.h"
 
 namespace orv {
 
@@ -43,7 +43,8 @@ double EvaluateChecked(PartialLikelihood& pass, const double* beta, double* U, d
 }
 
 void CopyMatrix(const WorkMatrix& from, WorkMatrix& to, int p) {
-  for (int row = 0; row < p; ++row) std::copy_n(from[static_cast<std::size_t>(row)], p, to[static_cast<std::size_t>(row)]);
+  for (int row = 0; row < p; ++row)
+    std::copy_n(from[static_cast<std::size_t>(row)], p, to[static_cast<std::size_t>(row)]);
 }
 
 DenseMatrix ToDense(const WorkMatrix& matrix, int p) {
@@ -62,8 +63,8 @@ int CCoxFit::Maximize(PartialLikelihood& pass, const RoutineTraits& traits) {
   m_Converged = false;
   std::unique_ptr<CQvdProgressBar> bar;
   if (Settings().ModelBuilding == ModelBuildings::AllEffects) {
-    bar = HostOf().NewProgressBar(std::max(m_MaxIterations, 2),
-                                  Owner().GetResourceString(TextIds::MaximizingLikelihood));
+    bar =
+        HostOf().NewProgressBar(std::max(m_MaxIterations, 2), Owner().GetResourceString(TextIds::MaximizingLikelihood));
     if (bar) bar->ShowNow();
   }
   Working work(HostOf(), p);

@@ -12,7 +12,7 @@ namespace orv {
 
 namespace {
 
-constexpr double kLikelihoodOffset = 1e-6;      // keeps the relative tests finite at a log likelihood of 0
+constexpr double kLikelihoodOffset = 1e-6;       // keeps the relative tests finite at a log likelihood of 0
 constexpr double kRelativeParameterFrom = 0.01;  // smaller parameters are compared absolutely
 
 // The largest change between two parameter vectors, relative where the earlier parameter is not small.
@@ -69,8 +69,8 @@ bool CCoxFit::HasConverged(double stepDotScore) {
       break;
     case ConvergenceTypes::RelativeParameter:
       // The last entry is the vector of the step just taken; the one before it served the pass just made.
-      converged = vectors >= 3 && m_ConvergenceTolerance >
-                                      LargestChange(m_BetaHistory[vectors - 2], m_BetaHistory[vectors - 3]);
+      converged = vectors >= 3 &&
+                  m_ConvergenceTolerance > LargestChange(m_BetaHistory[vectors - 2], m_BetaHistory[vectors - 3]);
       break;
     case ConvergenceTypes::RelativeLikelihood:
       converged = hasTwo && m_ConvergenceTolerance > std::abs(L1 - L2) / (std::abs(L2) + kLikelihoodOffset);

@@ -19,8 +19,12 @@ bool AreLeadingColumns(const std::vector<int>& columns) {
 
 }  // namespace
 
-RightCensoredPass::RightCensoredPass(Host& host, const CaseTable& cases, int n, const CaseColumns& columns,
-                                     const std::vector<int>& activeColumns, int efronStep)
+RightCensoredPass::RightCensoredPass(Host& host,
+                                     const CaseTable& cases,
+                                     int n,
+                                     const CaseColumns& columns,
+                                     const std::vector<int>& activeColumns,
+                                     int efronStep)
     : m_cases(cases),
       m_n(n),
       m_columns(columns),

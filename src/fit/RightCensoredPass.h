@@ -20,8 +20,12 @@ namespace orv {
 class RightCensoredPass : public PartialLikelihood {
  public:
   // `activeColumns`: the design columns of the model, as columns of a case row. efronStep: 0 Breslow, 1 Efron.
-  RightCensoredPass(Host& host, const CaseTable& cases, int n, const CaseColumns& columns,
-                    const std::vector<int>& activeColumns, int efronStep);
+  RightCensoredPass(Host& host,
+                    const CaseTable& cases,
+                    int n,
+                    const CaseColumns& columns,
+                    const std::vector<int>& activeColumns,
+                    int efronStep);
 
   bool Failed() const override;
   double Evaluate(const double* beta, double* U, double** H) override;

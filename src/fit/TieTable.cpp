@@ -29,8 +29,8 @@ void TieTable::FindGroups(const CaseTable& cases, int n, const CaseColumns& colu
     const double* cells = cases.GetRow(row);
     const double status = cells[columns.Status];
     const double weight = cells[columns.Weight];
-    const bool goesOn = row > 1 && !EndsStratum(row - 1) &&
-                        AlmostEqual(cells[columns.Time], cases.GetRow(row - 1)[columns.Time]);
+    const bool goesOn =
+        row > 1 && !EndsStratum(row - 1) && AlmostEqual(cells[columns.Time], cases.GetRow(row - 1)[columns.Time]);
     if (goesOn) {
       eventCount += RoundHalfAway(status);
       eventWeight += weight * status;

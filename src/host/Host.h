@@ -59,11 +59,11 @@ class HostDocument {
 struct SheetArguments {
   int RowCount = 0;
   int ColumnCount = 0;
-  int NumberWidth = 16;         // number format: characters
-  int NumberDecimals = 6;       // number format: decimals
-  int RowNameWidth = 0;         // bytes of one field of RowNames
-  int ColumnNameWidth = 0;      // bytes of one field of TextCells, ColumnNames and ColumnLongNames
-  int TitleWidth = 80;          // bytes of a title
+  int NumberWidth = 16;     // number format: characters
+  int NumberDecimals = 6;   // number format: decimals
+  int RowNameWidth = 0;     // bytes of one field of RowNames
+  int ColumnNameWidth = 0;  // bytes of one field of TextCells, ColumnNames and ColumnLongNames
+  int TitleWidth = 80;      // bytes of a title
   int SheetStyle = 0;
   int TitleStyle = 0;
   const double* Cells = nullptr;                // column * RowCount + row; all bytes 0xFF where missing

@@ -13,9 +13,8 @@ namespace {
 using Numbers = std::vector<std::int32_t>;
 
 bool IsSubset(const Numbers& part, const Numbers& whole) {
-  return std::all_of(part.begin(), part.end(), [&](std::int32_t number) {
-    return std::find(whole.begin(), whole.end(), number) != whole.end();
-  });
+  return std::all_of(part.begin(), part.end(),
+                     [&](std::int32_t number) { return std::find(whole.begin(), whole.end(), number) != whole.end(); });
 }
 
 void AppendAt(const Numbers& from, std::size_t k, Numbers& to) {

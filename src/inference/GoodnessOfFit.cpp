@@ -35,8 +35,8 @@ GoodnessOfFit ComputeGoodnessOfFit(const CCoxFit& fit) {
   const double LL0 = fit.m_NullLogLik;
   const double n = data.CompleteCaseCount;
   const auto firstRecord = data.DesignColumns.begin();
-  const auto k = static_cast<double>(std::count_if(
-      firstRecord, firstRecord + data.CoefficientCount, [](const CoxDesignColumn& column) { return !column.Dropped; }));
+  const auto k = static_cast<double>(std::count_if(firstRecord, firstRecord + data.CoefficientCount,
+                                                   [](const CoxDesignColumn& column) { return !column.Dropped; }));
   GoodnessOfFit result;
   result.Minus2LogL = -2.0 * LL;
   result.AIC = 2.0 * k - 2.0 * LL;

@@ -33,7 +33,8 @@ void ShowMatrix(const CCoxFit& fit, const char* title, CellFunction cell) {
   for (int i = 0; V.size() == labels.size() && i < p; ++i) {
     for (int j = 0; j <= i; ++j) {
       double value = 0.0;
-      if (dropped(i) || dropped(j) || !cell(V, static_cast<std::size_t>(i), static_cast<std::size_t>(j), value)) continue;
+      if (dropped(i) || dropped(j) || !cell(V, static_cast<std::size_t>(i), static_cast<std::size_t>(j), value))
+        continue;
       sheet.SetNumber(i, j, value);
       sheet.SetNumber(j, i, value);
     }

@@ -190,7 +190,7 @@ class Applier {
   std::vector<std::int32_t> SelectCodes(const std::string& option,
                                         int variable,
                                         const std::vector<std::string>& texts) const {
-    const std::vector<std::int32_t> found = FindCodes(option, m_table, variable);
+    std::vector<std::int32_t> found = FindCodes(option, m_table, variable);
     if (texts.empty()) return found;
     std::vector<std::int32_t> codes;
     for (const std::string& text : texts) {

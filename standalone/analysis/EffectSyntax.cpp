@@ -119,7 +119,7 @@ std::vector<WrittenEffect> ParseEffects(std::string_view text) {
 }
 
 std::string EffectName(const WrittenEffect& effect) {
-  const std::string crossed = fmt::format("{}", fmt::join(effect.Crossed, "*"));
+  std::string crossed = fmt::format("{}", fmt::join(effect.Crossed, "*"));
   if (effect.Nesting.empty()) return crossed;
   return fmt::format("{}({})", crossed, fmt::join(effect.Nesting, "*"));
 }

@@ -1,15 +1,15 @@
 // The runner itself: a wrong expectation has to be noticed, and told with what was found.
-#include "cli/CaseRun.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include "cli/CaseRun.h"
 
 namespace orv::testing {
 namespace {
 
 using ::testing::HasSubstr;
 
-CaseOutcome Run(const std::string& text) {
+CaseOutcome Play(const std::string& text) {
   return RunCase(ParseCase(text, std::filesystem::path(ORV_SOURCE_DIR), "sample.case"), ORV_PROGRAM);
 }
 
@@ -27,7 +27,7 @@ TEST(CaseRun, PassesWhenAllIsAsExpected) {
                            "$ orvcox describe t.csv\n--- stdout as before\n--- stderr as before\n--- absent r.txt\n"
                            "$ orvcox describe t.csv > seen.txt\n--- written seen.txt\n" +
                            kDescription;
-  const CaseOutcome outcome = Run(text);
+  const CaseOutcome outcome = Play(text);
   EXPECT_EQ(outcome.Problems, "");
   EXPECT_EQ(FormatCase(outcome.Actual), text);
 }
@@ -47,41 +47,41 @@ TEST(CaseRun, NoticesEveryKindOfDifference) {
       {"a file that is there", "--- stdout any\n--- absent t.csv\n", "the file t.csv is there"},
   };
   for (const auto& c : cases) {
-    EXPECT_THAT(Run(std::string(kTable) + "$ orvcox describe t.csv\n" + c.expectations).Problems, HasSubstr(c.problem))
+    EXPECT_THAT(Play(std::string(kTable) + "$ orvcox describe t.csv\n" + c.expectations).Problems, HasSubstr(c.problem))
         << c.what;
   }
 }
 
 TEST(CaseRun, NoticesOutputThatIsNotAsBefore) {
-  const std::string problems = Run(std::string(kTable) +
-                                   "$ orvcox describe t.csv\n--- stdout any\n"
-                                   "$ orvcox --version\n--- stdout as before\n")
+  const std::string problems = Play(std::string(kTable) +
+                                    "$ orvcox describe t.csv\n--- stdout any\n"
+                                    "$ orvcox --version\n--- stdout as before\n")
                                    .Problems;
   EXPECT_THAT(problems, HasSubstr("$ orvcox --version\nstdout, line 1:"));
 }
 
 TEST(CaseRun, NoticesAnUnfinishedFile) {
-  const std::string problems = Run("--- file .orvcox-unfinished-1\n$ orvcox --version\n--- stdout any\n").Problems;
+  const std::string problems = Play("--- file .orvcox-unfinished-1\n$ orvcox --version\n--- stdout any\n").Problems;
   EXPECT_THAT(problems, HasSubstr("the unfinished file .orvcox-unfinished-1 was left behind"));
 }
 
 TEST(CaseRun, GivesBackWhatItFound) {
-  const CaseOutcome outcome = Run(std::string(kTable) + "$ orvcox describe t.csv\n--- exit 1\n--- stdout\nwrong\n");
-  EXPECT_EQ(FormatCase(outcome.Actual),
-            std::string(kTable) + "$ orvcox describe t.csv\n--- stdout\n" + kDescription);
+  const CaseOutcome outcome = Play(std::string(kTable) + "$ orvcox describe t.csv\n--- exit 1\n--- stdout\nwrong\n");
+  EXPECT_EQ(FormatCase(outcome.Actual), std::string(kTable) + "$ orvcox describe t.csv\n--- stdout\n" + kDescription);
 }
 
 TEST(CaseRun, FeedsStandardInput) {
-  EXPECT_EQ(Run("$ orvcox describe -\n--- stdin\na\n--- exit 3\n--- stderr\n"
-                "orvcox: standard input: no cases follow line 1, which names 1 variable (a). Expected one line a case.\n")
-                .Problems,
-            "");
+  EXPECT_EQ(
+      Play("$ orvcox describe -\n--- stdin\na\n--- exit 3\n--- stderr\n"
+           "orvcox: standard input: no cases follow line 1, which names 1 variable (a). Expected one line a case.\n")
+          .Problems,
+      "");
 }
 
 TEST(CaseRun, ReadOnlyFoldersAreReadOnlyForTheSuperuserToo) {
-  EXPECT_EQ(Run(std::string("--- folder locked read-only\n") + kTable +
-                "$ orvcox fit t.csv --time a --status a --output locked/r.txt\n--- exit 2\n--- stderr any\n"
-                "--- absent locked/r.txt\n")
+  const std::string write = "$ orvcox fit t.csv --time time --status status --output locked/r.txt --quiet\n";
+  EXPECT_EQ(Play("--- folder locked read-only\n--- file t.csv\ntime,status\n5,1\n6,0\n" + write +
+                 "--- exit 3\n--- stderr any\n--- absent locked/r.txt\n")
                 .Problems,
             "");
 }

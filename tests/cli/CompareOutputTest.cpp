@@ -1,6 +1,6 @@
-#include "cli/CompareOutput.h"
-
 #include <gtest/gtest.h>
+
+#include "cli/CompareOutput.h"
 
 namespace orv::testing {
 namespace {

@@ -1,5 +1,3 @@
-#include "core/CCoxPH.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -8,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/CCoxPH.h"
 #include "support/TestAnalysis.h"
 
 namespace orv {

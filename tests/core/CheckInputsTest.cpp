@@ -18,9 +18,9 @@
 namespace orv {
 namespace {
 
+using testing::ChangedFields;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::ChangedFields;
 using testing::TestAnalysis;
 
 using Names = std::set<std::string>;
@@ -456,7 +456,8 @@ TEST_F(CheckInputs, StrataNeedTwoCodes) {
     std::int16_t Variables;
     std::vector<std::int16_t> Counts;
     int Message;
-  } const cases[] = {{1, {}, 10201}, {1, {0}, 10201}, {1, {1}, 10201}, {1, {2}, 0}, {1, {500}, 0}, {0, {}, 0}, {0, {1}, 0}};
+  } const cases[] = {{1, {}, 10201}, {1, {0}, 10201}, {1, {1}, 10201}, {1, {2}, 0},
+                     {1, {500}, 0},  {0, {}, 0},      {0, {1}, 0}};
   for (const auto& c : cases) {
     Settings().StrataVariableCount = c.Variables;
     Settings().StrataCodeCount = c.Counts;
@@ -469,9 +470,8 @@ TEST_F(CheckInputs, EveryFactorNeedsTwoCodes) {
     std::int16_t Factors;
     std::vector<std::int16_t> Counts;
     int Message;
-  } const cases[] = {{1, {}, 10214},     {1, {0}, 10214},      {1, {1}, 10214},      {1, {2}, 0},
-                     {2, {2, 3}, 0},     {2, {2, 1}, 10214},   {2, {1, 2}, 10214},   {2, {2}, 10214},
-                     {0, {}, 0},         {0, {1}, 0}};
+  } const cases[] = {{1, {}, 10214},     {1, {0}, 10214},    {1, {1}, 10214}, {1, {2}, 0}, {2, {2, 3}, 0},
+                     {2, {2, 1}, 10214}, {2, {1, 2}, 10214}, {2, {2}, 10214}, {0, {}, 0},  {0, {1}, 0}};
   for (const auto& c : cases) {
     Settings().FactorCount = c.Factors;
     Settings().FactorCodeCounts = c.Counts;

@@ -1,5 +1,3 @@
-#include "core/CoxSettings.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,13 +9,14 @@
 #include <type_traits>
 #include <vector>
 
+#include "core/CoxSettings.h"
 #include "core/SettingsFields.h"
 
 namespace orv {
 namespace {
 
-using ::testing::ElementsAreArray;
 using testing::ChangedFields;
+using ::testing::ElementsAreArray;
 using testing::FieldTexts;
 using testing::Perturb;
 using testing::VisitFields;

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <regex>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -20,24 +22,21 @@ const std::vector<std::string> kLayers = {"host", "data", "fit", "inference", "s
 // The options and the analysis object: every object reaches them through its owner.
 const std::set<std::string> kOpenHeaders = {"core/CoxSettings.h", "core/CCoxPH.h"};
 
-const std::set<std::string> kStandardHeaders = {
-    "algorithm",     "any",           "array",         "atomic",       "barrier",       "bit",
-    "bitset",        "cassert",       "cctype",        "cerrno",       "cfenv",         "cfloat",
-    "charconv",      "chrono",        "cinttypes",     "climits",      "clocale",       "cmath",
-    "codecvt",       "compare",       "complex",       "concepts",     "condition_variable", "coroutine",
-    "csetjmp",       "csignal",       "cstdarg",       "cstddef",      "cstdint",       "cstdio",
-    "cstdlib",       "cstring",       "ctime",         "cuchar",       "cwchar",        "cwctype",
-    "deque",         "exception",     "execution",     "filesystem",   "format",        "forward_list",
-    "fstream",       "functional",    "future",        "initializer_list", "iomanip",   "ios",
-    "iosfwd",        "iostream",      "istream",       "iterator",     "latch",         "limits",
-    "list",          "locale",        "map",           "memory",       "memory_resource", "mutex",
-    "new",           "numbers",       "numeric",       "optional",     "ostream",       "queue",
-    "random",        "ranges",        "ratio",         "regex",        "scoped_allocator", "semaphore",
-    "set",           "shared_mutex",  "source_location", "span",       "sstream",       "stack",
-    "stdexcept",     "stop_token",    "streambuf",     "string",       "string_view",   "strstream",
-    "syncstream",    "system_error",  "thread",        "tuple",        "type_traits",   "typeindex",
-    "typeinfo",      "unordered_map", "unordered_set", "utility",      "valarray",      "variant",
-    "vector",        "version"};
+std::set<std::string> WordsOf(const std::string& text) {
+  std::istringstream words(text);
+  return {std::istream_iterator<std::string>(words), std::istream_iterator<std::string>()};
+}
+
+const std::set<std::string> kStandardHeaders = WordsOf(
+    "algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono "
+    "cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine csetjmp "
+    "csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque exception "
+    "execution filesystem format forward_list fstream functional future initializer_list iomanip ios iosfwd "
+    "iostream istream iterator latch limits list locale map memory memory_resource mutex new numbers numeric "
+    "optional ostream queue random ranges ratio regex scoped_allocator semaphore set shared_mutex "
+    "source_location span sstream stack stdexcept stop_token streambuf string string_view strstream "
+    "syncstream system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set utility "
+    "valarray variant vector version");
 
 // Intrinsics of the compiler, for the floating-point control word.
 const std::set<std::string> kIntrinsics = {"xmmintrin.h", "pmmintrin.h"};
@@ -110,8 +109,8 @@ TEST(Layering, TheCheckerKnowsWhatIsWrong) {
       {"fit", "#include SOME_MACRO", true},
   };
   for (const auto& c : cases) {
-    EXPECT_EQ(!ProblemOf(c.Folder, c.Line).empty(), c.Wrong) << c.Folder << ": " << c.Line << ": "
-                                                             << ProblemOf(c.Folder, c.Line);
+    EXPECT_EQ(!ProblemOf(c.Folder, c.Line).empty(), c.Wrong)
+        << c.Folder << ": " << c.Line << ": " << ProblemOf(c.Folder, c.Line);
   }
 }
 

@@ -98,10 +98,9 @@ class PluginTest : public ::testing::Test {
 };
 
 TEST_F(PluginTest, ExportsTheEntryFunctionTheScriptFunctionsAndTheMembers) {
-  for (const char* name :
-       {"Qvd6NewAnalysis", "GetNumberOfDesignCoefficients", "GetNumberOfFactors",
-        "GetDesignNumberOfCoefficientsBeforeRun", kRunFromStartup, kRunCoxRegression, kCheckInputs, kSummary,
-        kNoCovariateSummary, kEstimates}) {
+  for (const char* name : {"Qvd6NewAnalysis", "GetNumberOfDesignCoefficients", "GetNumberOfFactors",
+                           "GetDesignNumberOfCoefficientsBeforeRun", kRunFromStartup, kRunCoxRegression, kCheckInputs,
+                           kSummary, kNoCovariateSummary, kEstimates}) {
     void* address = m_plugin.Find<void>(name);
     ASSERT_NE(address, nullptr) << name;
     EXPECT_EQ(FileOf(address), ORV_PLUGIN) << name;

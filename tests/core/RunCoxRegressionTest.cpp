@@ -13,9 +13,9 @@
 namespace orv {
 namespace {
 
+using testing::ChangedFields;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::ChangedFields;
 using testing::TestAnalysis;
 using testing::TestColumn;
 
@@ -29,30 +29,21 @@ constexpr const char* kNoResults =
     "unable to converge.  No results are available.  New start values should be considered.";
 
 // What a reading of the cases may change in the options.
-const Names kReadingChanges = {"DesignFactorSet",
-                               "HasRun",
-                               "BackupCovariateVariables",
-                               "BackupCovariateCount",
-                               "BackupFactorVariables",
-                               "BackupFactorCount",
-                               "BackupFactorCodes",
-                               "BackupFactorCodeCounts",
-                               "BackupReferenceCodes",
-                               "BackupReferenceCodeIndex",
-                               "BackupDesignEffects",
-                               "BackupEffectSymbols"};
+const Names kReadingChanges = {"DesignFactorSet",          "HasRun",
+                               "BackupCovariateVariables", "BackupCovariateCount",
+                               "BackupFactorVariables",    "BackupFactorCount",
+                               "BackupFactorCodes",        "BackupFactorCodeCounts",
+                               "BackupReferenceCodes",     "BackupReferenceCodeIndex",
+                               "BackupDesignEffects",      "BackupEffectSymbols"};
 
 bool IsSubset(const Names& names, const Names& of) {
   return std::includes(of.begin(), of.end(), names.begin(), names.end());
 }
 
 std::vector<TestColumn> Trial() {
-  return {{"x", {1, 4, 2, 5, 3, 7, 6, 2}},
-          {"f", {1, 2, 3, 1, 2, 3, 1, 2}},
-          {"g", {1, 1, 1, 1, 2, 2, 2, 2}},
-          {"time", {5, 3, 8, 1, 4, 2, 7, 6}},
-          {"status", {1, 1, 0, 1, 1, 0, 1, 1}},
-          {"huge", {1e300, -1e300, 1e300, -1e300, 1e300, -1e300, 1e300, -1e300}}};
+  return {{"x", {1, 4, 2, 5, 3, 7, 6, 2}},      {"f", {1, 2, 3, 1, 2, 3, 1, 2}},
+          {"g", {1, 1, 1, 1, 2, 2, 2, 2}},      {"time", {5, 3, 8, 1, 4, 2, 7, 6}},
+          {"status", {1, 1, 0, 1, 1, 0, 1, 1}}, {"huge", {1e300, -1e300, 1e300, -1e300, 1e300, -1e300, 1e300, -1e300}}};
 }
 
 class Run : public ::testing::Test {

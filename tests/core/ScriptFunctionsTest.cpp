@@ -1,11 +1,10 @@
-#include "core/ScriptFunctions.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
 #include <string>
 
+#include "core/ScriptFunctions.h"
 #include "support/TestAnalysis.h"
 
 namespace orv {

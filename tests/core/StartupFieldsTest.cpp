@@ -1,6 +1,4 @@
 // Reading the numeric fields of the startup dialog into the options.
-#include "core/StartupFields.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -9,13 +7,14 @@
 #include <string>
 
 #include "core/SettingsFields.h"
+#include "core/StartupFields.h"
 #include "support/TestAnalysis.h"
 
 namespace orv {
 namespace {
 
-using ::testing::ElementsAre;
 using testing::ChangedFields;
+using ::testing::ElementsAre;
 using testing::TestAnalysis;
 
 using Names = std::set<std::string>;
@@ -96,8 +95,18 @@ TEST_F(StartupFieldsTest, IterationsMustLieBetweenOneAndAThousand) {
   struct {
     double Field;
     int MaxIterations;  // 0: refused
-  } const cases[] = {{1, 1},      {1000, 1000}, {50, 50},          {1.49, 1},     {1.5, 2},       {999.5, 1000},
-                     {0.999, 0},  {0, 0},       {-5, 0},           {1000.001, 0}, {1000.4, 0},    {1e9, 0},
+  } const cases[] = {{1, 1},
+                     {1000, 1000},
+                     {50, 50},
+                     {1.49, 1},
+                     {1.5, 2},
+                     {999.5, 1000},
+                     {0.999, 0},
+                     {0, 0},
+                     {-5, 0},
+                     {1000.001, 0},
+                     {1000.4, 0},
+                     {1e9, 0},
                      {std::numeric_limits<double>::quiet_NaN(), 0}};
   for (const auto& c : cases) {
     m_fields.Iterations = c.Field;

@@ -1,5 +1,3 @@
-#include "core/StringTable.h"
-
 #include <gtest/gtest.h>
 
 #include <fstream>
@@ -7,6 +5,7 @@
 #include <regex>
 #include <string>
 
+#include "core/StringTable.h"
 #include "host/TextIds.h"
 
 namespace orv {
@@ -33,8 +32,7 @@ const std::map<int, std::string> kTexts = {
     {10042, "Please specify a variable that contains the survival times."},
     {10043, "Please specify one or more effects in the design."},
     {10051, "Fewer than 1 complete case in the dataset; cannot reliably estimate parameters."},
-    {10052,
-     "Codes for censored and complete observations are identical.  Please select two different codes."},
+    {10052, "Codes for censored and complete observations are identical.  Please select two different codes."},
     {10053, "There are no valid cases.  Please review the data for appropriate values."},
     {10102, "Not enough memory to perform requested operations."},
     {10111, "Please select another variable. This variable is already selected as a time variable."},

@@ -1,5 +1,3 @@
-#include "core/VariableSelection.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,14 +8,15 @@
 
 #include "core/SettingsFields.h"
 #include "core/StringTable.h"
+#include "core/VariableSelection.h"
 #include "support/TestAnalysis.h"
 
 namespace orv {
 namespace {
 
+using testing::ChangedFields;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using testing::ChangedFields;
 using testing::TestAnalysis;
 
 using Names = std::set<std::string>;
@@ -25,8 +24,8 @@ using Symbols = std::map<std::string, std::string>;
 
 std::vector<testing::TestColumn> SomeColumns() {
   const std::vector<double> any = {1, 2};
-  return {{"x", any},     {"y", any},     {"f", any},      {"g", any},  {"time", any},
-          {"start", any}, {"stop", any},  {"status", any}, {"id", any}, {"site", any}};
+  return {{"x", any},     {"y", any},    {"f", any},      {"g", any},  {"time", any},
+          {"start", any}, {"stop", any}, {"status", any}, {"id", any}, {"site", any}};
 }
 
 class Selection : public ::testing::Test {
@@ -65,8 +64,8 @@ TEST_F(Selection, FewerThan2012PredictorsCanBeChosen) {
   struct {
     std::int16_t Covariates, Factors;
     bool Valid;
-  } const cases[] = {{0, 0, true},       {2011, 0, true},    {0, 2011, true},    {1000, 1011, true},
-                     {2012, 0, false},   {0, 2012, false},   {1000, 1012, false}, {32000, 32000, false}};
+  } const cases[] = {{0, 0, true},     {2011, 0, true},  {0, 2011, true},     {1000, 1011, true},
+                     {2012, 0, false}, {0, 2012, false}, {1000, 1012, false}, {32000, 32000, false}};
   for (const auto& c : cases) {
     const std::string what = std::to_string(c.Covariates) + " covariates, " + std::to_string(c.Factors) + " factors";
     Settings() = CoxSettings();
@@ -152,12 +151,10 @@ TEST_F(Selection, ASubjectMustHaveNoOtherRole) {
     const char* Name;
     int Message;
   } const cases[] = {
-      {1, "time", 10111},  {3, "time", 10111},  {2, "time", 0},
-      {1, "start", 0},     {2, "start", 10111}, {2, "stop", 10111},
-      {1, "stop", 0},  // a survival variable beyond the number chosen has no role
-      {1, "g", 10112},     {2, "g", 10112},     {1, "f", 10113},     {2, "f", 10113},
-      {1, "x", 10114},     {3, "x", 10114},     {1, "id", 0},        {2, "id", 0},
-      {1, "status", 0},
+      {1, "time", 10111}, {3, "time", 10111}, {2, "time", 0},  {1, "start", 0},  {2, "start", 10111},
+      {2, "stop", 10111}, {1, "stop", 0},  // a survival variable beyond the number chosen has no role
+      {1, "g", 10112},    {2, "g", 10112},    {1, "f", 10113}, {2, "f", 10113},  {1, "x", 10114},
+      {3, "x", 10114},    {1, "id", 0},       {2, "id", 0},    {1, "status", 0},
   };
   for (const auto& c : cases) {
     Settings().InputType = static_cast<std::int16_t>(c.InputType);
@@ -237,8 +234,7 @@ TEST_F(Selection, WithTimeDependentCovariatesTheyComeLast) {
   Settings().InputType = InputTypes::TimeDependent;
   BuildDefaultDesign(Analysis());
   EXPECT_THAT(Settings().DesignEffects, ElementsAre("x", "f", " late <b>", "early")) << "names as they stand";
-  const Symbols terms = {
-      {"x", "v1"}, {"f", "v3"}, {" late <b>", "TIME_EXPRESSION1"}, {"early", "TIME_EXPRESSION2"}};
+  const Symbols terms = {{"x", "v1"}, {"f", "v3"}, {" late <b>", "TIME_EXPRESSION1"}, {"early", "TIME_EXPRESSION2"}};
   EXPECT_EQ(Settings().EffectSymbols, terms);
   EXPECT_EQ(Settings().FullEffectSymbols, terms);
   EXPECT_EQ(Settings().VariableSymbols,

@@ -1,5 +1,3 @@
-#include "data/AlmostEqual.h"
-
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -7,6 +5,8 @@
 #include <cstdint>
 #include <limits>
 #include <random>
+
+#include "data/AlmostEqual.h"
 
 namespace orv {
 namespace {

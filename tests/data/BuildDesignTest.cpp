@@ -24,8 +24,8 @@ using Flags = std::vector<bool>;
 // Variables 1 to 12: x y z are covariates, f has codes 1 2 3, g has codes 1 2, h has codes 5 6 7 8.
 std::vector<TestColumn> SomeColumns() {
   const std::vector<double> any = {1, 2, 3, 4, 5};
-  return {{"x", any},      {"y", any},     {"z", any},      {"f", any},       {"g", any},    {"h", any},
-          {"time", any},   {"start", any}, {"status", any}, {"stratum", any}, {"site", any}, {"entry", any}};
+  return {{"x", any},    {"y", any},     {"z", any},      {"f", any},       {"g", any},    {"h", any},
+          {"time", any}, {"start", any}, {"status", any}, {"stratum", any}, {"site", any}, {"entry", any}};
 }
 
 class BuildDesign : public ::testing::Test {
@@ -363,11 +363,8 @@ TEST_F(BuildDesign, WithTimeDependentCovariatesOnlyEffectsOfOneColumnAreHeld) {
   Settings().InputType = InputTypes::TimeDependent;
   Settings().HasFixedParameters = true;
   Settings().FixedParameterFlags = {true, true, true, false, true};
-  const CCoxData& data = Build({{"x", "v1"},
-                                {"f", "v4"},
-                                {"late", "TIME_EXPRESSION1"},
-                                {"y", "v2"},
-                                {"f*late", "v4*TIME_EXPRESSION1"}});
+  const CCoxData& data =
+      Build({{"x", "v1"}, {"f", "v4"}, {"late", "TIME_EXPRESSION1"}, {"y", "v2"}, {"f*late", "v4*TIME_EXPRESSION1"}});
   EXPECT_EQ(FixedColumns(data), (Flags{true, false, false, true, false, false, false}));
   EXPECT_EQ(data.EffectFixed, (Flags{true, false, true, false, false}));
   EXPECT_EQ(data.FixedEffectCount, 2U);

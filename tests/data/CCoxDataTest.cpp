@@ -1,11 +1,10 @@
-#include "data/CCoxData.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 #include <type_traits>
 #include <vector>
 
+#include "data/CCoxData.h"
 #include "support/TestAnalysis.h"
 
 namespace orv {
@@ -48,9 +47,9 @@ TEST(CCoxData, StartsEmptyAndSizedByTheOptions) {
   EXPECT_EQ(data.CovariateWeights, std::vector<double>(3, 0.0));
   EXPECT_EQ(data.FactorModalCodes, std::vector<double>(2, 0.0));
   EXPECT_EQ(data.FactorLevelWeights.size(), 2U);
-  for (const std::uint32_t count : {data.DesignColumnCount, data.CaseCount, data.CoefficientCount, data.ValidCaseCount,
-                                    data.ColumnCount, data.CensoredCaseCount, data.CompleteCaseCount,
-                                    data.TimeVariableCount, data.FixedEffectCount}) {
+  for (const std::uint32_t count :
+       {data.DesignColumnCount, data.CaseCount, data.CoefficientCount, data.ValidCaseCount, data.ColumnCount,
+        data.CensoredCaseCount, data.CompleteCaseCount, data.TimeVariableCount, data.FixedEffectCount}) {
     EXPECT_EQ(count, 0U);
   }
   EXPECT_FALSE(data.FixedFlagConflict);

@@ -1,5 +1,3 @@
-#include "data/CaseTable.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -10,6 +8,8 @@
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "data/CaseTable.h"
 
 namespace orv {
 namespace {

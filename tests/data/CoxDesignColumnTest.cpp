@@ -1,11 +1,11 @@
-#include "data/CoxDesignColumn.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <random>
 #include <type_traits>
 #include <vector>
+
+#include "data/CoxDesignColumn.h"
 
 namespace orv {
 namespace {

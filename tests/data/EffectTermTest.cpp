@@ -1,11 +1,10 @@
-#include "data/EffectTerm.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
 #include "core/CoxSettings.h"
+#include "data/EffectTerm.h"
 
 namespace orv {
 namespace {
@@ -42,12 +41,12 @@ TEST(ParseEffect, TakesVariablesWithTheirRoles) {
       {"v5(v6)", {5, 6}, {1, 1}},
       {"v5*v7(v6)", {5, 7, 6}, {1, 1, 1}},
       {"v1*v1", {1, 1}, {0, 0}},
-      {"x7", {7}, {1}},            // the first character is not looked at
+      {"x7", {7}, {1}},  // the first character is not looked at
       {"", {}, {}},
       {"v", {}, {}},
-      {"v0", {}, {}},              // a number 0 at the end is dropped
+      {"v0", {}, {}},  // a number 0 at the end is dropped
       {"v5*", {5}, {1}},
-      {"v*v5", {0, 5}, {1, 1}},    // but before a separator it is not
+      {"v*v5", {0, 5}, {1, 1}},  // but before a separator it is not
       {"v1**v2", {1, 0, 2}, {0, 1, 0}},
       {"v5(v6)*v1", {5, 6, 0, 1}, {1, 1, 1, 0}},
       {"TIME_EXPRESSION2", {}, {}},
@@ -78,7 +77,7 @@ TEST(ParseTimeEffect, TakesExpressionsApartFromVariables) {
       {"v5*TIME_EXPRESSION2", {5}, {1, -1}, {2}},
       {"v5*v6*TIME_EXPRESSION12", {5, 6}, {1, 1, -1}, {12}},
       {"TIME_EXPRESSION1*TIME_EXPRESSION2", {}, {-1, -1}, {1, 2}},
-      {"v5(v6)", {5, 6}, {1, 1, -1}, {0}},   // the empty text behind ")" is taken for an expression
+      {"v5(v6)", {5, 6}, {1, 1, -1}, {0}},  // the empty text behind ")" is taken for an expression
       {"v1*", {1}, {0, -1}, {0}},
       {"", {}, {-1}, {0}},
       {"v0", {}, {-1}, {0}},

@@ -13,9 +13,9 @@
 namespace orv {
 namespace {
 
-using ::testing::ElementsAre;
 using testing::BuildData;
 using testing::ColumnByCase;
+using ::testing::ElementsAre;
 using testing::GoodCases;
 using testing::ReadData;
 using testing::TestAnalysis;
@@ -43,7 +43,8 @@ std::vector<std::vector<double>> Columns(int coding, std::int16_t referenceOfF, 
   std::vector<std::vector<double>> columns;
   for (std::uint32_t c = 0; c < data.DesignColumnCount; ++c) {
     columns.emplace_back();
-    for (const auto& [number, value] : ColumnByCase(data, static_cast<std::int32_t>(c))) columns.back().push_back(value);
+    for (const auto& [number, value] : ColumnByCase(data, static_cast<std::int32_t>(c)))
+      columns.back().push_back(value);
   }
   return columns;
 }
@@ -71,14 +72,28 @@ TEST(EvaluateDesign, WritesWhatTheCodingSays) {
       {"a factor, overparameterized", kOver, 1, "v3", {{1, 1, 0, 0, 0, 0}, {0, 0, 1, 1, 0, 0}, {0, 0, 0, 0, 1, 1}}},
       {"a cross, sigma-restricted", kSigma, 3, "v3*v4", {{1, -1, 0, 0, -1, 1}, {0, 0, 1, -1, -1, 1}}},
       {"a cross, reference coding", kReference, 3, "v3*v4", {{1, 0, 0, 0, 0, 0}, {0, 0, 1, 0, 0, 0}}},
-      {"a cross, overparameterized", kOver, 3, "v4*v3",
-       {{1, 0, 0, 0, 0, 0}, {0, 0, 1, 0, 0, 0}, {0, 0, 0, 0, 1, 0},
-        {0, 1, 0, 0, 0, 0}, {0, 0, 0, 1, 0, 0}, {0, 0, 0, 0, 0, 1}}},
+      {"a cross, overparameterized",
+       kOver,
+       3,
+       "v4*v3",
+       {{1, 0, 0, 0, 0, 0},
+        {0, 0, 1, 0, 0, 0},
+        {0, 0, 0, 0, 1, 0},
+        {0, 1, 0, 0, 0, 0},
+        {0, 0, 0, 1, 0, 0},
+        {0, 0, 0, 0, 0, 1}}},
       {"a covariate by a factor", kReference, 3, "v1*v3", {{2, 3, 0, 0, 0, 0}, {0, 0, 5, 7, 0, 0}}},
       {"sigma-restricted", kSigma, 3, "v1*v3", {{2, 3, 0, 0, -11, -13}, {0, 0, 5, 7, -11, -13}}},
-      {"a nested factor", kOver, 3, "v4(v3)",
-       {{1, 0, 0, 0, 0, 0}, {0, 0, 1, 0, 0, 0}, {0, 0, 0, 0, 1, 0},
-        {0, 1, 0, 0, 0, 0}, {0, 0, 0, 1, 0, 0}, {0, 0, 0, 0, 0, 1}}},
+      {"a nested factor",
+       kOver,
+       3,
+       "v4(v3)",
+       {{1, 0, 0, 0, 0, 0},
+        {0, 0, 1, 0, 0, 0},
+        {0, 0, 0, 0, 1, 0},
+        {0, 1, 0, 0, 0, 0},
+        {0, 0, 0, 1, 0, 0},
+        {0, 0, 0, 0, 0, 1}}},
   };
   for (const auto& c : cases) EXPECT_EQ(Columns(c.Coding, c.Reference, c.Term), c.Columns) << c.What << ", " << c.Term;
 }
@@ -231,7 +246,8 @@ TEST(ReadCase, WithoutWeightingEveryWeightIsOne) {
   TestAnalysis test(TrialColumns(SixCases()));
   test.Covariates({"x"}).Time({"time"}).Status("status").DefaultDesign();
   const CCoxData& data = ReadData(test);
-  for (const auto& [number, weight] : ColumnByCase(data, data.WeightColumn)) EXPECT_EQ(weight, 1.0) << "case " << number;
+  for (const auto& [number, weight] : ColumnByCase(data, data.WeightColumn))
+    EXPECT_EQ(weight, 1.0) << "case " << number;
 }
 
 TEST(ReadCase, CountsStrataByStatusWithoutWeights) {

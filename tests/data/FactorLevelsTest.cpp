@@ -1,5 +1,3 @@
-#include "data/FactorLevels.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -8,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "data/FactorLevels.h"
 #include "support/TestAnalysis.h"
 
 namespace orv {
@@ -23,8 +22,8 @@ std::vector<TestColumn> TwoFactors() {
 
 void SetReference(CoxSettings& settings, std::size_t place, std::int16_t position) {
   settings.ReferenceCodeIndex[place] = position;
-  settings.ReferenceCodes[place] = settings.FactorCodes[static_cast<std::size_t>(
-      FirstCodeIndex(settings, static_cast<int>(place)) + position - 1)];
+  settings.ReferenceCodes[place] =
+      settings.FactorCodes[static_cast<std::size_t>(FirstCodeIndex(settings, static_cast<int>(place)) + position - 1)];
 }
 
 class FactorLevels : public ::testing::Test {
@@ -47,12 +46,9 @@ TEST_F(FactorLevels, TheReferenceIsTheLastLevelAndTheOthersKeepTheirOrder) {
     std::int16_t Coding, Reference;
     std::vector<int> Levels;  // of positions 1 to 4
   } const cases[] = {
-      {Codings::SigmaRestricted, 1, {4, 1, 2, 3}},
-      {Codings::SigmaRestricted, 2, {1, 4, 2, 3}},
-      {Codings::Reference, 2, {1, 4, 2, 3}},
-      {Codings::Reference, 3, {1, 2, 4, 3}},
-      {Codings::Reference, 4, {1, 2, 3, 4}},
-      {Codings::Overparameterized, 2, {1, 2, 3, 4}},
+      {Codings::SigmaRestricted, 1, {4, 1, 2, 3}},   {Codings::SigmaRestricted, 2, {1, 4, 2, 3}},
+      {Codings::Reference, 2, {1, 4, 2, 3}},         {Codings::Reference, 3, {1, 2, 4, 3}},
+      {Codings::Reference, 4, {1, 2, 3, 4}},         {Codings::Overparameterized, 2, {1, 2, 3, 4}},
       {Codings::Overparameterized, 4, {1, 2, 3, 4}},
   };
   for (const auto& c : cases) {

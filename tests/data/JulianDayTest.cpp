@@ -1,5 +1,3 @@
-#include "data/JulianDay.h"
-
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -7,6 +5,8 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+
+#include "data/JulianDay.h"
 
 namespace orv {
 namespace {
@@ -22,23 +22,24 @@ std::string Text(const Date& date) {
 
 TEST(JulianDay, GivesTheDayNumbersOfTheCalendars) {
   struct {
+    const char* What;
     Date On;
     double Day;
   } const cases[] = {
-      {{1, 1, 2000}, 2451545},
-      {{1, 1, 1970}, 2440588},
-      {{11, 17, 1858}, 2400001},    // the day 0 of the modified day numbers
-      {{10, 15, 1582}, 2299161},    // the first Gregorian day
-      {{10, 4, 1582}, 2299160},     // the last Julian day
-      {{10, 14, 1582}, 2299170},    // still counted in the Julian calendar
-      {{9, 30, 1582}, 2299156},
-      {{12, 31, 1582}, 2299238},
-      {{1, 1, 1}, 1721424},
-      {{2, 29, 4}, 1722578},
-      {{12, 31, -1}, 1721423},      // there is no year 0
-      {{3, 1, -1}, 1721118},
+      {"the year 2000", {1, 1, 2000}, 2451545},
+      {"the epoch of many clocks", {1, 1, 1970}, 2440588},
+      {"day 0 of the modified day numbers", {11, 17, 1858}, 2400001},
+      {"the first Gregorian day", {10, 15, 1582}, 2299161},
+      {"the last Julian day", {10, 4, 1582}, 2299160},
+      {"a day that was left out, still counted as Julian", {10, 14, 1582}, 2299170},
+      {"the month before the change", {9, 30, 1582}, 2299156},
+      {"the end of the year of the change", {12, 31, 1582}, 2299238},
+      {"the first day of our era", {1, 1, 1}, 1721424},
+      {"a Julian leap day", {2, 29, 4}, 1722578},
+      {"the day before our era: there is no year 0", {12, 31, -1}, 1721423},
+      {"March of the year before our era", {3, 1, -1}, 1721118},
   };
-  for (const auto& c : cases) EXPECT_EQ(JulianDay(c.On.Month, c.On.Day, c.On.Year), c.Day) << Text(c.On);
+  for (const auto& c : cases) EXPECT_EQ(JulianDay(c.On.Month, c.On.Day, c.On.Year), c.Day) << c.What;
 }
 
 // Before March of 1 BC the product 365.25 * jy is negative, and it is cut towards zero.
@@ -73,8 +74,9 @@ TEST(JulianDay, ChoosesTheCalendarByTheYearAsWritten) {
 }
 
 TEST(JulianDay, IsInvalidForYearZeroAndForMonthsThatDoNotExist) {
-  const Date dates[] = {{5, 5, 0}, {0, 5, 2000}, {13, 5, 2000}, {-1, 5, 2000}, {5, 5, 0.4}, {5, 5, -0.4},
-                        {12.5, 5, 2000}, {0.4, 5, 2000}, {1e9, 1, 2000}, {-8.98846567431157953865e307, 1, 2000}};
+  const Date dates[] = {
+      {5, 5, 0},    {0, 5, 2000},    {13, 5, 2000},  {-1, 5, 2000},  {5, 5, 0.4},
+      {5, 5, -0.4}, {12.5, 5, 2000}, {0.4, 5, 2000}, {1e9, 1, 2000}, {-8.98846567431157953865e307, 1, 2000}};
   for (const Date& date : dates) {
     EXPECT_EQ(JulianDay(date.Month, date.Day, date.Year), kInvalidDate) << Text(date);
   }
@@ -88,11 +90,10 @@ TEST(JulianDay, RoundsItsArgumentsHalvesAwayFromZero) {
   struct {
     Date Given, Taken;
   } const cases[] = {
-      {{2.5, 10, 2001}, {3, 10, 2001}},     {{2.4, 10, 2001}, {2, 10, 2001}},
-      {{0.5, 10, 2001}, {1, 10, 2001}},     {{12.4, 10, 2001}, {12, 10, 2001}},
-      {{6, 9.5, 2001}, {6, 10, 2001}},      {{6, 9.4, 2001}, {6, 9, 2001}},
-      {{6, 10, 2000.5}, {6, 10, 2001}},     {{6, 10, 2001.4}, {6, 10, 2001}},
-      {{6, 10, -0.5}, {6, 10, -1}},         {{6, 10, 0.5}, {6, 10, 1}},
+      {{2.5, 10, 2001}, {3, 10, 2001}},   {{2.4, 10, 2001}, {2, 10, 2001}}, {{0.5, 10, 2001}, {1, 10, 2001}},
+      {{12.4, 10, 2001}, {12, 10, 2001}}, {{6, 9.5, 2001}, {6, 10, 2001}},  {{6, 9.4, 2001}, {6, 9, 2001}},
+      {{6, 10, 2000.5}, {6, 10, 2001}},   {{6, 10, 2001.4}, {6, 10, 2001}}, {{6, 10, -0.5}, {6, 10, -1}},
+      {{6, 10, 0.5}, {6, 10, 1}},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(JulianDay(c.Given.Month, c.Given.Day, c.Given.Year), JulianDay(c.Taken.Month, c.Taken.Day, c.Taken.Year))

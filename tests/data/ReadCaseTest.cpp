@@ -14,9 +14,9 @@
 namespace orv {
 namespace {
 
-using ::testing::ElementsAre;
 using testing::BuildData;
 using testing::ColumnByCase;
+using ::testing::ElementsAre;
 using testing::ExcludedCount;
 using testing::GoodCases;
 using testing::ReadData;
@@ -113,7 +113,8 @@ TEST(ReadCase, TheFirstReasonEndsTheTests) {
       TrialCase tested;
       faults[first].Break(tested);
       faults[second].Break(tested);
-      EXPECT_EQ(ReasonFor(EveryTest, tested), faults[first].Reason) << faults[first].What << ", " << faults[second].What;
+      EXPECT_EQ(ReasonFor(EveryTest, tested), faults[first].Reason)
+          << faults[first].What << ", " << faults[second].What;
     }
   }
 }
@@ -180,7 +181,7 @@ TEST(CheckMissing, TestsTheVariablesOfEachInputType) {
   struct {
     const char* What;
     Options Choose;
-    double TrialCase::* Field;
+    double TrialCase::*Field;
     Exclusion Reason;
   } const cases[] = {
       {"covariate", SurvivalTime, &TrialCase::x, Exclusion::Missing},
@@ -259,6 +260,11 @@ TEST(CheckMissing, AnInfiniteCodeIsFoundOutsideTheDesignOnly) {
   };
   EXPECT_EQ(ReasonFor(interval, {.entry = -kInfinity}), Exclusion::Missing);
   EXPECT_EQ(ReasonFor(interval, {.time = kInfinity}), Exclusion::Missing);
+  const Options timeDependent = [](TestAnalysis& test) {
+    TimeDependent(test);
+    test.Host.MissingCodes[test.Number("z")] = kInfinity;
+  };
+  EXPECT_EQ(ReasonFor(timeDependent, {.z = kInfinity}), Exclusion::Expression);
 }
 
 TEST(CheckMissing, AVariableOfTheDesignThatIsATimeTooIsFoundByEitherTest) {
@@ -300,20 +306,13 @@ TEST(ReadCase, WeightsMustBePositiveAndWholeUnderTheDiscreteLikelihood) {
     bool On;
     Exclusion UnderEfron, UnderDiscrete;
   } const cases[] = {
-      {1.0, true, Exclusion::None, Exclusion::None},
-      {3.0, true, Exclusion::None, Exclusion::None},
-      {0.5, true, Exclusion::None, Exclusion::Weight},
-      {2.5, true, Exclusion::None, Exclusion::Weight},
-      {almostTwo, true, Exclusion::None, Exclusion::None},
-      {2.0000001, true, Exclusion::None, Exclusion::Weight},
-      {0.0, true, Exclusion::Weight, Exclusion::Weight},
-      {-0.0, true, Exclusion::Weight, Exclusion::Weight},
-      {-1.0, true, Exclusion::Weight, Exclusion::Weight},
-      {kMissingCode, true, Exclusion::Weight, Exclusion::Weight},
-      {kNaN, true, Exclusion::Weight, Exclusion::Weight},
-      {kInfinity, true, Exclusion::None, Exclusion::Weight},
-      {0.0, false, Exclusion::None, Exclusion::None},
-      {-1.0, false, Exclusion::None, Exclusion::None},
+      {1.0, true, Exclusion::None, Exclusion::None},       {3.0, true, Exclusion::None, Exclusion::None},
+      {0.5, true, Exclusion::None, Exclusion::Weight},     {2.5, true, Exclusion::None, Exclusion::Weight},
+      {almostTwo, true, Exclusion::None, Exclusion::None}, {2.0000001, true, Exclusion::None, Exclusion::Weight},
+      {0.0, true, Exclusion::Weight, Exclusion::Weight},   {-0.0, true, Exclusion::Weight, Exclusion::Weight},
+      {-1.0, true, Exclusion::Weight, Exclusion::Weight},  {kMissingCode, true, Exclusion::Weight, Exclusion::Weight},
+      {kNaN, true, Exclusion::Weight, Exclusion::Weight},  {kInfinity, true, Exclusion::None, Exclusion::Weight},
+      {0.0, false, Exclusion::None, Exclusion::None},      {-1.0, false, Exclusion::None, Exclusion::None},
       {2.5, false, Exclusion::None, Exclusion::None},
   };
   for (const auto& c : cases) {
@@ -367,9 +366,9 @@ TEST(ReadCase, AnIntervalNeedsALengthAndMustNotBeginBeforeZero) {
     double Start, Stop;
     Exclusion Reason;
   } const cases[] = {
-      {0, 1, Exclusion::None},     {0, 1e-300, Exclusion::None},  {2, 3, Exclusion::None},
-      {2, 2, Exclusion::Time},     {0, 0, Exclusion::Time},       {3, 2, Exclusion::Time},
-      {-1, 2, Exclusion::Time},    {-3, -2, Exclusion::Time},     {-1e-300, 5, Exclusion::Time},
+      {0, 1, Exclusion::None},  {0, 1e-300, Exclusion::None}, {2, 3, Exclusion::None},
+      {2, 2, Exclusion::Time},  {0, 0, Exclusion::Time},      {3, 2, Exclusion::Time},
+      {-1, 2, Exclusion::Time}, {-3, -2, Exclusion::Time},    {-1e-300, 5, Exclusion::Time},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(ReasonFor(Interval, {.time = c.Stop, .entry = c.Start}), c.Reason) << c.Start << " to " << c.Stop;
@@ -500,10 +499,10 @@ TEST(ReadCase, AStratumIsRoundedAndMustBeAmongTheSelectedCodes) {
   struct {
     double Stratum;
     Exclusion Reason;
-  } const cases[] = {{1, Exclusion::None},      {2, Exclusion::None},      {1.4, Exclusion::None},
-                     {2.49, Exclusion::None},   {1.5, Exclusion::None},    {0.5, Exclusion::None},
-                     {2.5, Exclusion::Stratum}, {3, Exclusion::Stratum},   {0.4, Exclusion::Stratum},
-                     {0, Exclusion::Stratum},   {-1, Exclusion::Stratum},  {1e12, Exclusion::Stratum}};
+  } const cases[] = {{1, Exclusion::None},      {2, Exclusion::None},     {1.4, Exclusion::None},
+                     {2.49, Exclusion::None},   {1.5, Exclusion::None},   {0.5, Exclusion::None},
+                     {2.5, Exclusion::Stratum}, {3, Exclusion::Stratum},  {0.4, Exclusion::Stratum},
+                     {0, Exclusion::Stratum},   {-1, Exclusion::Stratum}, {1e12, Exclusion::Stratum}};
   for (const auto& c : cases) EXPECT_EQ(ReasonFor(options, {.g = c.Stratum}), c.Reason) << "stratum " << c.Stratum;
 }
 
@@ -524,8 +523,8 @@ TEST(ReadCase, TheStatusIsComparedExactly) {
   struct {
     double Value;
     Exclusion Reason;
-  } const cases[] = {{1.0, Exclusion::None},         {0.0, Exclusion::None},      {-0.0, Exclusion::None},
-                     {almostOne, Exclusion::Status}, {2.0, Exclusion::Status},    {5e-324, Exclusion::Status},
+  } const cases[] = {{1.0, Exclusion::None},         {0.0, Exclusion::None},   {-0.0, Exclusion::None},
+                     {almostOne, Exclusion::Status}, {2.0, Exclusion::Status}, {5e-324, Exclusion::Status},
                      {kNaN, Exclusion::Status}};
   for (const auto& c : cases) {
     EXPECT_EQ(ReasonFor(SurvivalTime, {.status = c.Value}), c.Reason) << "status " << c.Value;
@@ -584,8 +583,10 @@ TEST(ReadCase, ACaseLeftOutForItsFactorStillTakesAnIdAndLeavesNoGap) {
     TrialCase Tested;
     bool TakesAnId;
   } const cases[] = {
-      {"factor", {.f = 9, .id = 50}, true},        {"status", {.status = 9, .id = 50}, false},
-      {"stratum", {.g = 9, .id = 50}, false},      {"time", {.time = -1, .id = 50}, false},
+      {"factor", {.f = 9, .id = 50}, true},
+      {"status", {.status = 9, .id = 50}, false},
+      {"stratum", {.g = 9, .id = 50}, false},
+      {"time", {.time = -1, .id = 50}, false},
       {"missing", {.x = kMissingCode, .id = 50}, false},
   };
   for (const auto& c : cases) {

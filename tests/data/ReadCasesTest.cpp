@@ -12,11 +12,11 @@
 namespace orv {
 namespace {
 
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 using testing::BuildData;
+using ::testing::ElementsAre;
 using testing::ExcludedCount;
 using testing::GoodCases;
+using ::testing::IsEmpty;
 using testing::KeptCases;
 using testing::ReadData;
 using testing::TestAnalysis;
@@ -82,10 +82,10 @@ TEST(ReadCases, FetchesEveryCaseOnce) {
 // ---- Order --------------------------------------------------------------------------------------------------------
 
 TEST(ReadCases, SortsByStratumThenTimeThenCompleteBeforeCensored) {
-  const std::vector<TrialCase> cases = {
-      {.g = 2, .time = 5, .status = 1}, {.g = 1, .time = 7, .status = 0}, {.g = 1, .time = 7, .status = 1},
-      {.g = 2, .time = 1, .status = 0}, {.g = 1, .time = 3, .status = 0}, {.g = 2, .time = 5, .status = 0},
-      {.g = 1, .time = 3, .status = 1}, {.g = 2, .time = 0, .status = 1}};
+  const std::vector<TrialCase> cases = {{.g = 2, .time = 5, .status = 1}, {.g = 1, .time = 7, .status = 0},
+                                        {.g = 1, .time = 7, .status = 1}, {.g = 2, .time = 1, .status = 0},
+                                        {.g = 1, .time = 3, .status = 0}, {.g = 2, .time = 5, .status = 0},
+                                        {.g = 1, .time = 3, .status = 1}, {.g = 2, .time = 0, .status = 1}};
   TestAnalysis stratified(TrialColumns(cases));
   stratified.Covariates({"x"}).Time({"time"}).Status("status").Strata("g", {1, 2}).DefaultDesign();
   EXPECT_THAT(KeptCases(ReadData(stratified)), ElementsAre(7, 5, 3, 2, 8, 4, 1, 6));
@@ -134,8 +134,7 @@ TEST(ReadCases, AReadingWithoutTroubleOpensAndClosesItsDisplay) {
 }
 
 TEST(ReadCases, SaysThatNoCaseIsValidWhateverTheReasons) {
-  const std::vector<TrialCase> cases = {
-      {.x = kMissingCode}, {.time = -1}, {.status = 4}, {.f = 9}, {.g = 9}, {.w = 0}};
+  const std::vector<TrialCase> cases = {{.x = kMissingCode}, {.time = -1}, {.status = 4}, {.f = 9}, {.g = 9}, {.w = 0}};
   TestAnalysis test(TrialColumns(cases));
   Options(test);
   test.Strata("g", {1, 2}).Weights("w");
@@ -186,7 +185,9 @@ TEST(ReadCases, NamesTheFirstStratumWithoutCompleteCases) {
   } const cases[] = {
       {"a code", {{.g = 1, .status = 1}, {.g = 3, .status = 0}, {.g = 2, .status = 1}}, {}, "3"},
       {"the first in ascending order",
-       {{.g = 3, .status = 0}, {.g = 2, .status = 0}, {.g = 1, .status = 1}, {.g = 4, .status = 1}}, {}, "2"},
+       {{.g = 3, .status = 0}, {.g = 2, .status = 0}, {.g = 1, .status = 1}, {.g = 4, .status = 1}},
+       {},
+       "2"},
       {"a labelled code", {{.g = 1, .status = 1}, {.g = 3, .status = 0}}, {{1, "north"}, {3, "south"}}, "south"},
       {"a code without a label among labels", {{.g = 1, .status = 1}, {.g = 3, .status = 0}}, {{1, "north"}}, "3"},
       {"a value that is rounded", {{.g = 1, .status = 1}, {.g = 3.3, .status = 0}}, {{3, "south"}}, "south"},
@@ -197,9 +198,9 @@ TEST(ReadCases, NamesTheFirstStratumWithoutCompleteCases) {
     TestAnalysis test(columns);
     test.Covariates({"x"}).Time({"time"}).Status("status").Strata("g", {1, 2, 3, 4}).DefaultDesign();
     EXPECT_EQ(BuildData(test).ReadCases(nullptr), 1) << c.What;
-    EXPECT_THAT(Shown(test), ElementsAre("open " + std::to_string(c.Cases.size()) + " Reading data", "show", "lock",
-                                         "close", "unlock",
-                                         std::string("dsplst 0: Not enough complete cases in strata: ") + c.Label))
+    EXPECT_THAT(Shown(test),
+                ElementsAre("open " + std::to_string(c.Cases.size()) + " Reading data", "show", "lock", "close",
+                            "unlock", std::string("dsplst 0: Not enough complete cases in strata: ") + c.Label))
         << c.What;
   }
 }
@@ -250,7 +251,8 @@ TEST(ReadCases, ExclusionsAreSilent) {
 std::vector<TrialCase> ManyCases(int count) {
   std::vector<TrialCase> cases;
   for (int k = 0; k < count; ++k) {
-    cases.push_back({.x = static_cast<double>(k % 7), .f = 1.0 + k % 2, .time = 1.0 + k, .status = k % 3 == 0 ? 0.0 : 1.0});
+    cases.push_back(
+        {.x = static_cast<double>(k % 7), .f = 1.0 + k % 2, .time = 1.0 + k, .status = k % 3 == 0 ? 0.0 : 1.0});
   }
   return cases;
 }

@@ -45,14 +45,29 @@ std::vector<TrialCase> RandomTrial(std::uint32_t seed, int count) {
     c.id = draw(40);
     c.entry = 0.5 * draw(6);
     switch (random() % 30) {
-      case 0: c.x = kMissingCode; break;
-      case 1: c.f = 5.0; break;
-      case 2: c.g = 9.0; break;
-      case 3: c.time = -1.0; break;
-      case 4: c.status = 2.0; break;
-      case 5: c.w = 0.0; break;
-      case 6: c.f = kMissingCode; break;
-      default: break;
+      case 0:
+        c.x = kMissingCode;
+        break;
+      case 1:
+        c.f = 5.0;
+        break;
+      case 2:
+        c.g = 9.0;
+        break;
+      case 3:
+        c.time = -1.0;
+        break;
+      case 4:
+        c.status = 2.0;
+        break;
+      case 5:
+        c.w = 0.0;
+        break;
+      case 6:
+        c.f = kMissingCode;
+        break;
+      default:
+        break;
     }
     cases.push_back(c);
   }
@@ -60,8 +75,11 @@ std::vector<TrialCase> RandomTrial(std::uint32_t seed, int count) {
 }
 
 // x is variable 1, f variable 2, z variable 9.
-const std::vector<std::pair<std::string, std::string>> kEffects = {
-    {"x", "v1"}, {"f", "v2"}, {"x*z", "v1*v9"}, {"f*z", "v2*v9"}, {"z*f*x", "v9*v2*v1"}};
+const std::vector<std::pair<std::string, std::string>> kEffects = {{"x", "v1"},
+                                                                   {"f", "v2"},
+                                                                   {"x*z", "v1*v9"},
+                                                                   {"f*z", "v2*v9"},
+                                                                   {"z*f*x", "v9*v2*v1"}};
 
 void Options(TestAnalysis& test, int coding, bool strata) {
   test.Covariates({"x", "z"}).Factor("f", {1, 2, 3, 4}).Time({"time"}).Status("status").Weights("w");
@@ -188,7 +206,8 @@ TEST(Reading, EqualsAPlainReadingInTwoPasses) {
       ASSERT_EQ(values.size(), data.DesignColumnCount) << what;
       EXPECT_LT(kept.size(), cases.size()) << "some cases must be left out for this test to mean anything";
       for (std::uint32_t column = 0; column < data.DesignColumnCount; ++column) {
-        const std::string name = what + ", column " + std::to_string(column) + " of " + data.DesignColumns[column].EffectTerm;
+        const std::string name =
+            what + ", column " + std::to_string(column) + " of " + data.DesignColumns[column].EffectTerm;
         EXPECT_EQ(ColumnByCase(data, static_cast<std::int32_t>(column)), cells[column]) << name;
         ExpectStatistics(data.DesignColumns[column], TwoPass(values[column]), name);
       }

@@ -1,9 +1,9 @@
-#include "data/RoundHalfAway.h"
-
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
+
+#include "data/RoundHalfAway.h"
 
 namespace orv {
 namespace {
@@ -31,9 +31,9 @@ TEST(RoundHalfAway, RoundsHalvesAwayFromZero) {
 }
 
 TEST(RoundHalfAway, LeavesValuesBeyondSixtyFourBitsAsTheyAre) {
-  for (const double value : {9223372036854775808.0, -9223372036854775808.0, 1e19, -1e300,
-                             std::numeric_limits<double>::max(), std::numeric_limits<double>::infinity(),
-                             -std::numeric_limits<double>::infinity()}) {
+  for (const double value :
+       {9223372036854775808.0, -9223372036854775808.0, 1e19, -1e300, std::numeric_limits<double>::max(),
+        std::numeric_limits<double>::infinity(), -std::numeric_limits<double>::infinity()}) {
     EXPECT_EQ(RoundHalfAway(value), value);
   }
   EXPECT_TRUE(std::isnan(RoundHalfAway(std::numeric_limits<double>::quiet_NaN())));
@@ -44,8 +44,14 @@ TEST(RoundToInteger, RoundsAndThenCutsToThirtyTwoBits) {
     double Value;
     std::int32_t Rounded;
   } const cases[] = {
-      {0.0, 0},         {2.5, 3},       {-2.5, -3},           {1.4, 1},
-      {1e-320, 0},      {500.49, 500},  {2147483647.0, 2147483647}, {-2147483648.0, -2147483647 - 1},
+      {0.0, 0},
+      {2.5, 3},
+      {-2.5, -3},
+      {1.4, 1},
+      {1e-320, 0},
+      {500.49, 500},
+      {2147483647.0, 2147483647},
+      {-2147483648.0, -2147483647 - 1},
       {2147483646.5, 2147483647},
   };
   for (const auto& c : cases) EXPECT_EQ(RoundToInteger(c.Value), c.Rounded) << "value " << c.Value;

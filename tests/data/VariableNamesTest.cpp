@@ -1,10 +1,9 @@
-#include "data/VariableNames.h"
-
 #include <gtest/gtest.h>
 
 #include <map>
 #include <string>
 
+#include "data/VariableNames.h"
 #include "standalone/tables/MemoryTable.h"
 #include "support/TestHost.h"
 
@@ -48,8 +47,8 @@ TEST(VariableName, IsLongTrimmedAndWithoutFormattingMarks) {
   struct {
     int Variable;
     const char* Name;
-  } const cases[] = {
-      {1, "age"}, {2, "karno"}, {3, "blood pressure (mm Hg)"}, {4, "two words"}, {5, ""}, {6, ""}, {7, ""}, {0, ""}};
+  } const cases[] = {{1, "age"}, {2, "karno"}, {3, "blood pressure (mm Hg)"}, {4, "two words"}, {5, ""}, {6, ""},
+                     {7, ""},    {0, ""}};
   for (const auto& c : cases) EXPECT_EQ(VariableName(host, c.Variable), c.Name) << "variable " << c.Variable;
 }
 

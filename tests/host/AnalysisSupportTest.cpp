@@ -140,7 +140,8 @@ TEST_F(AnalysisSupport, ATableWithoutSelectionKeepsEveryCase) {
     int hasWeight = -1;
     double weight = -1.0;
     int weightVariable = -1;
-    EXPECT_EQ(m_analysis.cstrtw(caseNumber, values.data(), hasWeight, weight, weightVariable), 0) << "case " << caseNumber;
+    EXPECT_EQ(m_analysis.cstrtw(caseNumber, values.data(), hasWeight, weight, weightVariable), 0)
+        << "case " << caseNumber;
     EXPECT_THAT(values, ::testing::ElementsAreArray(expected[caseNumber - 1])) << "case " << caseNumber;
     EXPECT_EQ(hasWeight, 0);
     EXPECT_EQ(weight, 1.0);

@@ -1,5 +1,3 @@
-#include "host/FormatText.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
@@ -11,6 +9,8 @@
 #include <random>
 #include <string>
 #include <vector>
+
+#include "host/FormatText.h"
 
 namespace orv {
 namespace {

@@ -1,10 +1,9 @@
-#include "host/Progress.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <vector>
 
+#include "host/Progress.h"
 #include "standalone/tables/MemoryTable.h"
 #include "support/TestHost.h"
 
@@ -53,8 +52,7 @@ TEST_F(Progress, TheTotalIsAtLeastTwo) {
 TEST_F(Progress, OpeningClosesTheBarThatIsOpen) {
   OpenProgress(m_host, m_holder, 10, "first");
   OpenProgress(m_host, m_holder, 20, "second");
-  EXPECT_THAT(m_host.Trace,
-              ElementsAre("open 10 first", "show", "lock", "close", "unlock", "open 20 second", "show"));
+  EXPECT_THAT(m_host.Trace, ElementsAre("open 10 first", "show", "lock", "close", "unlock", "open 20 second", "show"));
 }
 
 TEST_F(Progress, ClosingDestroysTheBarWithTheResultsLocked) {

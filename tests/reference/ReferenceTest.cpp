@@ -1,9 +1,9 @@
 // Every reference case against the program, quantity by quantity.
 //
-// Estimates and what follows from them are compared after a stop by the relative-parameter test at 1e-10. The last vector
-// evaluated is then exact to far more than that, since the steps shrink quadratically; the reference itself is exact to
-// about 1e-12. Hence the bounds below. Entries of a matrix are compared relative to the diagonal
-// that they belong to, since an entry near 0 has no digits of its own.
+// Estimates and what follows from them are compared after a stop by the relative-parameter test at 1e-10. The last
+// vector evaluated is then exact to far more than that, since the steps shrink quadratically; the reference itself is
+// exact to about 1e-12. Hence the bounds below. Entries of a matrix are compared relative to the diagonal that they
+// belong to, since an entry near 0 has no digits of its own.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -192,10 +192,9 @@ TEST_P(Reference, EstimatesAgree) {
   CompareMatrix("information", fit.m_Information, Content().at("information"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases,
-                         Reference,
-                         ::testing::ValuesIn(LoadReferenceCases()),
-                         [](const auto& test) { return test.param.Name; });
+INSTANTIATE_TEST_SUITE_P(Cases, Reference, ::testing::ValuesIn(LoadReferenceCases()), [](const auto& test) {
+  return test.param.Name;
+});
 
 }  // namespace
 

@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "standalone/analysis/CheckDefinition.h"
+
+namespace orv {
+namespace {
+
+AnalysisDefinition Least() {
+  AnalysisDefinition definition;
+  definition.Time = "time";
+  definition.Status = "status";
+  return definition;
+}
+
+TEST(CheckDefinition, TakesEveryFormOfSurvivalTime) {
+  EXPECT_NO_THROW(CheckDefinition(Least()));
+  AnalysisDefinition dates = Least();
+  dates.Time.clear();
+  dates.Dates = {"begun", "ended"};
+  EXPECT_NO_THROW(CheckDefinition(dates));
+  AnalysisDefinition parts = Least();
+  parts.Time.clear();
+  parts.DateParts = {"a", "b", "c", "d", "e", "f"};
+  EXPECT_NO_THROW(CheckDefinition(parts));
+}
+
+TEST(CheckDefinition, TakesEverythingElseWellFormed) {
+  AnalysisDefinition definition = Least();
+  definition.EventCode = "2";
+  definition.CensoredCode = "1";
+  definition.FactorCodes = {"arm=1,2", "site=Bonn"};
+  definition.ReferenceCodes = {"arm=1"};
+  definition.Effects = "age, arm*age, site(arm)";
+  definition.Coding = "reference";
+  definition.Ties = "efron";
+  definition.Converge = "absolute";
+  definition.Strata = "sex";
+  definition.StrataCodes = {"1", "2"};
+  definition.StartValues = {0.0};
+  definition.FixedCoefficients = {1};
+  EXPECT_NO_THROW(CheckDefinition(definition));
+}
+
+TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
+  const std::string noTime =
+      "--time is missing: name the variable with the survival times, or use --dates or --date-parts.";
+  struct {
+    const char* what;
+    std::function<void(AnalysisDefinition&)> change;
+    std::string message;
+  } const cases[] = {
+      {"no time", [](auto& d) { d.Time.clear(); }, noTime},
+      {"two forms of time",
+       [](auto& d) {
+         d.Dates = {"begun", "ended"};
+       },
+       "--time and --dates both define the survival time: give one of them."},
+      {"two other forms of time",
+       [](auto& d) {
+         d.Time.clear();
+         d.Dates = {"begun", "ended"};
+         d.DateParts = {"a", "b", "c", "d", "e", "f"};
+       },
+       "--dates and --date-parts both define the survival time: give one of them."},
+      {"one date",
+       [](auto& d) {
+         d.Time.clear();
+         d.Dates = {"begun"};
+       },
+       "--dates: 2 variables are needed (start and end date), 1 given."},
+      {"seven parts of dates",
+       [](auto& d) {
+         d.Time.clear();
+         d.DateParts = {"a", "b", "c", "d", "e", "f", "g"};
+       },
+       "--date-parts: 6 variables are needed (month, day, year of the start, then of the end), 7 given."},
+      {"no status", [](auto& d) { d.Status.clear(); }, "--status is missing: name the censoring indicator."},
+      {"an event code alone", [](auto& d) { d.EventCode = "1"; },
+       "--censored is missing: name the code of a censored case."},
+      {"a censored code alone", [](auto& d) { d.CensoredCode = "0"; },
+       "--event is missing: name the code of an event."},
+      {"codes of no strata", [](auto& d) { d.StrataCodes = {"1"}; },
+       "--strata is missing: name the variable that --strata-codes belongs to."},
+      {"malformed codes",
+       [](auto& d) {
+         d.FactorCodes = {"arm=1,2", "site"};
+       },
+       "--codes: \"site\" is not of the form FACTOR=CODE,CODE."},
+      {"a malformed reference", [](auto& d) { d.ReferenceCodes = {"arm"}; },
+       "--reference: \"arm\" is not of the form FACTOR=CODE."},
+      {"malformed effects", [](auto& d) { d.Effects = "age*"; },
+       "--effects: in \"age*\", at the end: expected the name of a covariate or factor."},
+      {"a misspelt coding", [](auto& d) { d.Coding = "dummy"; },
+       "--coding dummy: use sigma, reference or overparameterized."},
+      {"a misspelt rule for ties", [](auto& d) { d.Ties = "exact"; }, "--ties exact: use breslow or efron."},
+      {"a misspelt convergence test", [](auto& d) { d.Converge = "score"; },
+       "--converge score: use gradient, parameter, likelihood or absolute."},
+      {"coefficients held at nothing", [](auto& d) { d.FixedCoefficients = {1}; },
+       "--fix: coefficients are held at their start values, so give these with --start-values."},
+  };
+  for (const auto& c : cases) {
+    AnalysisDefinition definition = Least();
+    c.change(definition);
+    try {
+      CheckDefinition(definition);
+      ADD_FAILURE() << "accepted: " << c.what;
+    } catch (const DefinitionError& error) {
+      EXPECT_EQ(error.what(), c.message) << c.what;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orv

@@ -107,8 +107,13 @@ void RightCensoredPass::CloseGroup(int row, bool atZero, CompensatedSum& L, doub
   term.Weight = m_ties.MeanWeight(row);
   const double S0 = m_S0.Value();
   const double reciprocal = 1.0 / d;
-  const int events = static_cast<int>(RoundHalfAway(d));
-  for (int k = 0; k < events; ++k) {
+  int terms = static_cast<int>(RoundHalfAway(d));
+  if (m_efronStep == 0) {
+    // The terms of Breslow's rule are equal. Taken at once they cost a d-th, and their rounding does not add up.
+    term.Weight *= terms;
+    terms = 1;
+  }
+  for (int k = 0; k < terms; ++k) {
     // Two forms of one number, kept apart so that the null log likelihood keeps its last digit.
     const double share = static_cast<double>(k) * m_efronStep;
     term.Fraction = atZero ? share * reciprocal : share / d;

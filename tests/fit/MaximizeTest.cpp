@@ -142,6 +142,18 @@ TEST_F(MaximizeTest, TrialPointsMoveOnBetweenTheTwoLatestEntries) {
   EXPECT_EQ(fit.m_BetaHistory, (DenseMatrix{{0.0}, {8.0}, {4.0}, {6.0}, {5.0}, {5.5}, {6.0}}));
 }
 
+TEST_F(MaximizeTest, StepIsMeasuredByTheLastAcceptedVector) {
+  CCoxFit& fit = Fit({"a"});
+  fit.m_MaxIterations = 4;
+  ScriptedLikelihood pass({One(-10.0, 2.0, 2.0),   // step to 1
+                           One(-8.0, 8.0, 2.0),    // accepted: step to 5
+                           One(-9.0, 99.0, 1.0),   // better than the start but not than 1: rejected, (1 + 5) / 2
+                           One(-8.5, 99.0, 1.0),   // better than the rejected one but not than 1: rejected, (5 + 3) / 2
+                           One(-7.0, 0.0, 1.0)});  // accepted
+  fit.Maximize(pass, {});
+  EXPECT_EQ(pass.Asked, (std::vector<Vector>{{}, {1.0}, {5.0}, {3.0}, {4.0}}));
+}
+
 TEST_F(MaximizeTest, EqualLikelihoodIsNoRejection) {
   CCoxFit& fit = Fit({"a"});
   fit.m_ConvergenceTolerance = -1.0;  // nothing converges

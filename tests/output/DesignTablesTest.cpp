@@ -79,11 +79,13 @@ TEST_F(DesignTablesTest, InteractionsTakeAPlaceForEachVariable) {
 }
 
 TEST_F(DesignTablesTest, InteractionsTakeTwoColumnsAPlaceUnderOverparameterizedCoding) {
-  analysis.Design({{"grade*arm", "v4*v5"}});
+  analysis.Design({{"arm", "v5"}, {"grade*arm", "v4*v5"}});
   const SheetView sheet = Show(Codings::Overparameterized);
   EXPECT_EQ(sheet.ColumnNames(), (Texts{"Column", "Variable", "Level of Variable", "Variable", "Level of Variable"}));
-  EXPECT_EQ(sheet.Texts(2), (Texts{"low", "low", "2", "2", "high", "high"}));
-  EXPECT_EQ(sheet.Texts(4), (Texts{"10", "20", "10", "20", "10", "20"}));
+  EXPECT_EQ(sheet.Texts(1), (Texts{"arm", "arm", "grade", "grade", "grade", "grade", "grade", "grade"}));
+  EXPECT_EQ(sheet.Texts(2), (Texts{"10", "20", "low", "low", "2", "2", "high", "high"}));
+  EXPECT_EQ(sheet.Texts(3), (Texts{"", "", "arm", "arm", "arm", "arm", "arm", "arm"}));
+  EXPECT_EQ(sheet.Texts(4), (Texts{"", "", "10", "20", "10", "20", "10", "20"}));
 }
 
 TEST_F(DesignTablesTest, ContinuousModelHasTheColumnsToo) {

@@ -60,6 +60,8 @@ bool CCoxFit::FallBackToLastIteration() {
   m_BetaHistory.pop_back();
   try {
     const FloatingPointRegime regime;
+    // Emptied, so that an evaluation for which memory is out is seen.
+    m_PackedInformation.clear();
     RunEvaluator(m_BetaHistory.back().data());
     const int p = static_cast<int>(m_pData->CoefficientCount);
     WorkMatrix covariance(HostOf(), static_cast<std::size_t>(p));

@@ -26,41 +26,39 @@ struct TermMembers {
   Numbers Categorical;
 };
 
+// Adds the first `count` members of a term by role. Its expressions, whose numbers are `expressionIds`, go to a list of
+// their own choice.
+void Collect(const CoxDesignColumn& term,
+             std::int32_t count,
+             const Numbers& expressionIds,
+             TermMembers& members,
+             Numbers& expressions) {
+  for (std::size_t k = 0; k < std::min(static_cast<std::size_t>(count), term.VariableRoles.size()); ++k) {
+    switch (term.VariableRoles[k]) {
+      case VariableRole::Covariate:
+        AppendAt(term.Variables, k, members.Continuous);
+        break;
+      case VariableRole::Factor:
+        AppendAt(term.Variables, k, members.Categorical);
+        break;
+      default:
+        AppendAt(expressionIds, k, expressions);
+        break;
+    }
+  }
+}
+
 }  // namespace
 
 bool TermContains(const CoxDesignColumn& a, const CoxDesignColumn& b) {
   TermMembers membersOfA;
   TermMembers membersOfB;
-  const auto countA = static_cast<std::size_t>(a.VariableCount != 0 ? a.VariableCount : a.ExpressionCount);
-  // For a pure time-dependent B the count and the expressions are A's. Kept: it decides which effects of recorded
-  // analyses show hazard ratios.
-  const auto countB = static_cast<std::size_t>(b.VariableCount != 0 ? b.VariableCount : a.ExpressionCount);
-  for (std::size_t k = 0; k < std::min(countA, a.VariableRoles.size()); ++k) {
-    switch (a.VariableRoles[k]) {
-      case VariableRole::Covariate:
-        AppendAt(a.Variables, k, membersOfA.Continuous);
-        break;
-      case VariableRole::Factor:
-        AppendAt(a.Variables, k, membersOfA.Categorical);
-        break;
-      default:
-        AppendAt(a.ExpressionIds, k, membersOfA.Continuous);
-        break;
-    }
-  }
-  for (std::size_t k = 0; k < std::min(countB, b.VariableRoles.size()); ++k) {
-    switch (b.VariableRoles[k]) {
-      case VariableRole::Covariate:
-        AppendAt(b.Variables, k, membersOfB.Continuous);
-        break;
-      case VariableRole::Factor:
-        AppendAt(b.Variables, k, membersOfB.Categorical);
-        break;
-      default:
-        AppendAt(a.ExpressionIds, k, membersOfA.Continuous);
-        break;
-    }
-  }
+  // For a pure time-dependent B the count and the expressions are A's, and they count as A's. Kept: it decides which
+  // effects of recorded analyses show hazard ratios.
+  const std::int32_t countA = a.VariableCount != 0 ? a.VariableCount : a.ExpressionCount;
+  const std::int32_t countB = b.VariableCount != 0 ? b.VariableCount : a.ExpressionCount;
+  Collect(a, countA, a.ExpressionIds, membersOfA, membersOfA.Continuous);
+  Collect(b, countB, a.ExpressionIds, membersOfB, membersOfA.Continuous);
   return IsSubset(membersOfA.Continuous, membersOfB.Continuous) &&
          IsSubset(membersOfA.Categorical, membersOfB.Categorical);
 }

@@ -320,6 +320,30 @@ TEST(FitFailure, FallBackWithoutMemoryLeavesNoResults) {
   EXPECT_EQ(analysis.Host.LiveBlocks(), 0);
 }
 
+// Numbers of an earlier evaluation, at another vector, must not pass for those of the last iteration.
+TEST(FitFailure, FallBackWithoutMemoryTakesNoEarlierInformation) {
+  TwelveCaseAnalysis analysis({"a"});
+  analysis.StartAt({kStepOverflows});
+  analysis.PrepareFit();
+  analysis.Host.FailAllocation(0);
+  analysis.Fit().FitCurrentModel();
+  const int requests = analysis.Host.Requests();
+  const DenseMatrix information = analysis.Fit().m_Information;
+  const double zero = 0.0;
+  int kept = 0;
+  for (int failing = 1; failing <= requests; ++failing) {
+    CCoxFit& fit = analysis.PrepareFit();
+    fit.EvaluateSurvival(0, &zero);
+    analysis.Host.FailAllocation(failing);
+    fit.FitCurrentModel();
+    analysis.Host.FailAllocation(0);
+    if (fit.m_Information.empty() || fit.m_pData == nullptr) continue;
+    ++kept;
+    EXPECT_NEAR(fit.m_Information[0][0] / information[0][0], 1.0, 1e-9) << failing;
+  }
+  EXPECT_GT(kept, 0) << "the projection is not needed";
+}
+
 // ---- Cancel ---------------------------------------------------------------------------------------------------------
 
 TEST(FitFailure, CancelAtTheBarKeepsTheHistories) {

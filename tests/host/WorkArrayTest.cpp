@@ -20,6 +20,7 @@ TEST(WorkArray, StartsAtZeroThoughTheHostsMemoryDoesNot) {
 TEST(WorkArray, HoldsWhatIsWrittenAndClearsIt) {
   HeapOnlyHost host;
   WorkArray<std::int16_t> values(host, 3);
+  ASSERT_FALSE(values.Failed());
   values[2] = 7;
   EXPECT_EQ(values.Data()[2], 7);
   values.Clear();

@@ -61,9 +61,10 @@ TEST(ApplyDesign, PredictorsOutsideTheDesignAreDroppedWithANote) {
   EXPECT_THAT(applied.Settings().FactorVariables, ElementsAre(5));
   EXPECT_EQ(applied.Settings().FactorCount, 1);
   EXPECT_THAT(applied.Settings().FactorCodeCounts, ElementsAre(3));
-  EXPECT_THAT(applied.Result.Notes, ElementsAre("--effects: \"age\" is in no effect and takes no part in the analysis.",
-                                                "--effects: \"arm\" is in no effect and takes no part in the analysis.",
-                                                "status: 1 is taken as an event and 0 as censored."));
+  EXPECT_THAT(applied.Result.Notes,
+              ElementsAre("status: 1 is taken as an event and 0 as censored.",
+                          "--effects: \"age\" is in no effect and takes no part in the analysis.",
+                          "--effects: \"arm\" is in no effect and takes no part in the analysis."));
 }
 
 TEST(ApplyDesign, EffectsThatTheTableDoesNotAllowAreRefused) {

@@ -15,7 +15,7 @@ MemoryTable TableWith(TableVariable variable) {
 }
 
 TableVariable Numbers(std::vector<double> values) {
-  return {.Name = "x", .Values = std::move(values)};
+  return {.Name = "x", .Labels = {}, .Values = std::move(values)};
 }
 
 TableVariable Texts() {

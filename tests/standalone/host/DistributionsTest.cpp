@@ -57,9 +57,9 @@ TEST(ChiSquareProbability, AgreesWithTables) {
   } const cases[] = {
       {3.841, 1, 0.95},   {5.991, 2, 0.95},     {7.815, 3, 0.95},  {18.307, 10, 0.95},
       {43.773, 30, 0.95}, {124.342, 100, 0.95}, {6.635, 1, 0.99},  {9.210, 2, 0.99},
-      {23.209, 10, 0.99}, {0.0039, 1, 0.05},    {3.940, 10, 0.05},
+      {23.209, 10, 0.99}, {0.00393, 1, 0.05},   {3.940, 10, 0.05},
   };
-  // The tables have three decimals of x.
+  // The tables give x with three significant decimals.
   for (const auto& c : cases)
     EXPECT_NEAR(ChiSquareProbability(c.x, c.df), c.probability, 2e-4) << c.x << ", df " << c.df;
 }

@@ -2,7 +2,9 @@
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <thread>
 
@@ -58,11 +60,11 @@ TEST_F(Interrupt, BreaksOffAWaitForInput) {
   ASSERT_EQ(pipe(ends.data()), 0);
   const pthread_t reader = pthread_self();
   // The signal is sent again and again, since the first may come before the wait. The handler is put back each time.
-  bool stop = false;
+  std::atomic<bool> stop = false;
   std::thread sender([&] {
     sigset_t none;
     sigemptyset(&none);
-    for (int k = 0; k < 500 && !__atomic_load_n(&stop, __ATOMIC_SEQ_CST); ++k) {
+    for (int k = 0; k < 500 && !stop; ++k) {
       CatchInterrupts();
       pthread_kill(reader, SIGINT);
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
@@ -73,7 +75,7 @@ TEST_F(Interrupt, BreaksOffAWaitForInput) {
   errno = 0;
   const ssize_t size = read(ends[0], &byte, 1);
   const int reason = errno;
-  __atomic_store_n(&stop, true, __ATOMIC_SEQ_CST);
+  stop = true;
   sender.join();
   close(ends[0]);
   EXPECT_EQ(size, -1);

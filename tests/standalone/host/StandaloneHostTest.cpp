@@ -20,8 +20,8 @@ constexpr std::int16_t kSelected = 0;
 
 MemoryTable SampleTable() {
   MemoryTable table("trial.csv");
-  table.AddVariable({.Name = "time", .Values = {5, 8, 11}});
-  table.AddVariable({.Name = "a variable with a long name", .MissingCode = -99, .Values = {1, -99, 0}});
+  table.AddVariable({.Name = "time", .Labels = {}, .Values = {5, 8, 11}});
+  table.AddVariable({.Name = "a variable with a long name", .MissingCode = -99, .Labels = {}, .Values = {1, -99, 0}});
   table.AddVariable({.Name = "arm",
                      .Type = VariableType::Text,
                      .Labels = {{1, "drug"}, {2, "placebo"}},

@@ -1,4 +1,5 @@
 // Operations on the options that dialogs and scripts call.
+#include <algorithm>
 #include <string_view>
 
 #include "core/CCoxPH.h"

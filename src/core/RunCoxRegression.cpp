@@ -3,9 +3,16 @@
 #include "core/StartupFields.h"
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
+#include "fit/NumericalFailure.h"
 #include "host/TextIds.h"
 
 namespace orv {
+
+namespace {
+
+constexpr const char* kNotAvailable = "Analyses of this kind are not available in this version.";
+
+}  // namespace
 
 int CCoxPH::RunCoxRegression(void* parent) {
   ReplaceData(std::make_unique<CCoxData>(this));
@@ -27,10 +34,21 @@ int CCoxPH::RunCoxRegression(void* parent) {
       ReplaceFit(std::make_unique<CCoxFit>(m_pCoxData.get(), m_Settings.Likelihood, m_Settings.InputType));
       break;
     default:
+      dsplst(0, kNotAvailable);
       return 1;
   }
   m_pCoxFit->ResetResults();
-  m_pCoxFit->FitCurrentModel();
+  try {
+    m_pCoxFit->FitCurrentModel();
+  } catch (const NumericalFailure&) {
+    // A reset of the options leaves FinalFitReady off, and then the failure of a whole model arrives here.
+    ShowText(TextIds::NoResultsAvailable);
+    return 1;
+  }
+  if (m_pCoxFit->m_LogLikHistory.empty() && m_pCoxFit->m_FitStatus == FitStatuses::Converged) {
+    dsplst(0, kNotAvailable);
+    return 1;
+  }
   if (!m_pCoxFit->m_Converged && m_pCoxFit->m_FitStatus == FitStatuses::Failed) return 1;
   return 0;
 }

@@ -124,8 +124,15 @@ void SetDefaultReferenceCodes(CCoxPH& analysis) {
   s.ReferenceCodes.clear();
   s.ReferenceCodeIndex.clear();
   for (int place = 0; place < s.FactorCount; ++place) {
+    const auto factor = static_cast<std::size_t>(place);
+    if (factor >= s.FactorCodeCounts.size() || s.FactorCodeCounts[factor] < 1) {
+      // Without codes there is nothing to refer to; the checks before a run refuse such a factor.
+      s.ReferenceCodes.push_back(0);
+      s.ReferenceCodeIndex.push_back(0);
+      continue;
+    }
     const auto first = s.FactorCodes.begin() + FirstCodeIndex(s, place);
-    const auto largest = std::max_element(first, first + s.FactorCodeCounts[static_cast<std::size_t>(place)]);
+    const auto largest = std::max_element(first, first + s.FactorCodeCounts[factor]);
     s.ReferenceCodes.push_back(*largest);
     s.ReferenceCodeIndex.push_back(static_cast<std::int16_t>(largest - first + 1));
   }

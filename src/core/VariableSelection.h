@@ -39,7 +39,7 @@ std::string DisplayName(const CCoxPH& analysis, int variable);
 // of them, as one effect. The reference category of each factor is not touched.
 void BuildDefaultDesign(CCoxPH& analysis);
 
-// The first largest code of each factor becomes its reference category.
+// The first largest code of each factor becomes its reference category; a factor without codes has none, at index 0.
 void SetDefaultReferenceCodes(CCoxPH& analysis);
 
 }  // namespace orv

@@ -1,4 +1,5 @@
 // The design: effects become numbered columns, and the columns of CaseTable are laid out.
+#include <algorithm>
 #include <utility>
 
 #include "core/CCoxPH.h"
@@ -31,9 +32,9 @@ int ColumnsOfVariable(const CoxSettings& settings, const CoxDesignColumn& record
   if (record.VariableRoles[k] != VariableRole::Factor) return 1;
   const int place = FactorPlace(settings, record.Variables[k]);
   // A factor without codes is refused before a run; the design alone may be built with it and then has no columns.
-  if (static_cast<std::size_t>(place) >= settings.FactorCodeCounts.size()) return 0;
+  if (place >= settings.FactorCount || static_cast<std::size_t>(place) >= settings.FactorCodeCounts.size()) return 0;
   const int codes = settings.FactorCodeCounts[static_cast<std::size_t>(place)];
-  return settings.Coding == Codings::Overparameterized ? codes : codes - 1;
+  return settings.Coding == Codings::Overparameterized ? codes : std::max(codes - 1, 0);
 }
 
 // Steps the rightmost level that is below its count and puts those to its right back to 1, so the last variable runs

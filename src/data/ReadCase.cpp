@@ -91,7 +91,7 @@ bool CCoxData::CaseTime(const double* values, double& time, double& stop) const 
   if (settings.InputType == InputTypes::CountingProcess) {
     time = Value(values, settings.StartVariable);
     stop = Value(values, settings.StopVariable);
-    return !(time < 0.0) && !(stop < 0.0) && stop - time > 0.0;
+    return time >= 0.0 && stop >= 0.0 && stop - time > 0.0;
   }
   const auto part = [&](std::size_t k) { return Value(values, settings.SurvivalVariables[k]); };
   if (settings.SurvivalVariableCount == 6) {
@@ -105,7 +105,8 @@ bool CCoxData::CaseTime(const double* values, double& time, double& stop) const 
     time = part(0);
   }
   stop = time;
-  return !(time < 0.0);
+  // A time that is no number has no place among the others.
+  return time >= 0.0;
 }
 
 bool CCoxData::IsSelectedStratum(double value) const {

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 #include "host/Host.h"
@@ -17,7 +18,9 @@ class WorkArray {
  public:
   WorkArray(Host& host, std::size_t count) : m_host(host), m_count(count) {
     // One element at least, so that a model without columns is not mistaken for memory that is out.
-    const std::size_t bytes = (count > 0 ? count : 1) * sizeof(T);
+    const std::size_t elements = count > 0 ? count : 1;
+    if (elements > std::numeric_limits<std::size_t>::max() / sizeof(T)) return;
+    const std::size_t bytes = elements * sizeof(T);
     void* block = nullptr;
     if (host.AllocMem(&block, bytes) != 0) return;
     std::memset(block, 0, bytes);

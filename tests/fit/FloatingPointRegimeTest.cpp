@@ -12,17 +12,19 @@ namespace {
 
 constexpr int kFailures = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
 
-// Arithmetic that the compiler must leave to the processor.
+// Arithmetic that the compiler must leave to the processor, and do even when nobody takes the result.
 double Divide(double a, double b) {
   volatile double x = a;
   volatile double y = b;
-  return x / y;
+  volatile double result = x / y;
+  return result;
 }
 
 double Multiply(double a, double b) {
   volatile double x = a;
   volatile double y = b;
-  return x * y;
+  volatile double result = x * y;
+  return result;
 }
 
 // The caller's environment as it was, whatever a test does to it.

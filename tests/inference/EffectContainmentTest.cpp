@@ -13,7 +13,9 @@ namespace {
 using testing::TestAnalysis;
 
 // A term of covariates, factors and time expressions, in this order.
-CoxDesignColumn Term(std::vector<int> covariates, std::vector<int> factors, std::vector<int> expressions = {}) {
+CoxDesignColumn Term(const std::vector<int>& covariates,
+                     const std::vector<int>& factors,
+                     const std::vector<int>& expressions = {}) {
   CoxDesignColumn term;
   for (const int variable : covariates) {
     term.Variables.push_back(variable);

@@ -209,7 +209,7 @@ TEST(ApplyDefinition, TooManyPredictorsAreRefusedByTheModule) {
   std::string second = "6,0";
   AnalysisDefinition definition = LeastDefinition();
   for (int k = 1; k <= 2012; ++k) {
-    definition.Covariates.push_back("x" + std::to_string(k));
+    definition.Covariates.push_back(std::string("gene").append(std::to_string(k)));
     names += "," + definition.Covariates.back();
     first += ",1";
     second += ",2";

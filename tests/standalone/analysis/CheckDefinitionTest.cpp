@@ -28,8 +28,8 @@ TEST(CheckDefinition, TakesEveryFormOfSurvivalTime) {
 
 TEST(CheckDefinition, TakesEverythingElseWellFormed) {
   AnalysisDefinition definition = Least();
-  definition.EventCode = "2";
-  definition.CensoredCode = "1";
+  definition.EventCode = "dead";
+  definition.CensoredCode = "alive";
   definition.FactorCodes = {"arm=1,2", "site=Bonn"};
   definition.ReferenceCodes = {"arm=1"};
   definition.Effects = "age, arm*age, site(arm)";
@@ -77,9 +77,9 @@ TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
        },
        "--date-parts: 6 variables are needed (month, day, year of the start, then of the end), 7 given."},
       {"no status", [](auto& d) { d.Status.clear(); }, "--status is missing: name the censoring indicator."},
-      {"an event code alone", [](auto& d) { d.EventCode = "1"; },
+      {"an event code alone", [](auto& d) { d.EventCode = "dead"; },
        "--censored is missing: name the code of a censored case."},
-      {"a censored code alone", [](auto& d) { d.CensoredCode = "0"; },
+      {"a censored code alone", [](auto& d) { d.CensoredCode = "alive"; },
        "--event is missing: name the code of an event."},
       {"codes of no strata", [](auto& d) { d.StrataCodes = {"1"}; },
        "--strata is missing: name the variable that --strata-codes belongs to."},

@@ -6,7 +6,7 @@
 
 #include "Cases.h"
 #include "LatestCase.h"
-#include "SurvivalTable.h"
+#include "SurvivalAnalysis.h"
 
 namespace orv::bench {
 

@@ -7,16 +7,24 @@ namespace orv::bench {
 
 // The figures that a case leaves for the report, as counters of the benchmark.
 namespace Figures {
-inline constexpr char Cases[] = "cases";         // n
-inline constexpr char Columns[] = "columns";     // p, or the columns of a file
-inline constexpr char MultiplyAdds[] = "madds";  // in one iteration, see MultiplyAddsOfPass
-inline constexpr char Bytes[] = "bytes";         // read in one iteration
-inline constexpr char Passes[] = "passes";       // over the cases in one iteration
-inline constexpr char ScanSeconds[] = "scan_s";  // what a plain scan of the same bytes takes
+inline constexpr char Cases[] = "cases";                   // n
+inline constexpr char Columns[] = "columns";               // p, or the columns of a file
+inline constexpr char MultiplyAdds[] = "madds";            // in one iteration, see MultiplyAddsOfPass
+inline constexpr char Bytes[] = "bytes";                   // read in one iteration
+inline constexpr char Passes[] = "passes";                 // over the cases in one iteration
+inline constexpr char ScanSeconds[] = "scan_s";            // what a plain scan of the same bytes takes
+inline constexpr char Events[] = "events";                 // complete cases
+inline constexpr char TiedEvents[] = "tied";               // d, the events at each time that has any
+inline constexpr char Subsets[] = "subsets";               // that the definition of the discrete likelihood sums over
+inline constexpr char RecursionSeconds[] = "recursion_s";  // what the recursion over the same members takes
+inline constexpr char TakesEnumeration[] = "enumerated";   // 1 when the pass would enumerate them, else 0
+inline constexpr char Pairs[] = "pairs";                   // of an event time and a row at risk
 }  // namespace Figures
 
 // "pass/efron/heavy-ties/100000x10": what is timed, on which kind of data, and their size.
 std::string CaseName(const std::string& group, const std::string& kind, int cases, int columns);
+// "discrete/survival/500x10x30": with the tied events at each time as well.
+std::string CaseName(const std::string& group, const std::string& kind, int cases, int columns, int tiedEvents);
 
 // read/...: a delimited file from disk to a table in memory.
 void RegisterReadBenchmarks();
@@ -24,13 +32,22 @@ void RegisterReadBenchmarks();
 void RegisterCaseBenchmarks();
 // pass/...: one evaluation of log partial likelihood, score and information.
 void RegisterPassBenchmarks();
+// interval/...: the same over intervals (start, stop]; interval/making/...: what a fit pays once before its passes.
+void RegisterIntervalBenchmarks();
+// discrete/...: the same under the discrete likelihood, of right-censored rows and of intervals.
+void RegisterDiscreteBenchmarks();
+// discrete/subsets/...: the sums over the subsets of one risk set, by enumeration.
+void RegisterSubsetBenchmarks();
+// timedependent/...: the same with an effect that changes with time.
+void RegisterTimeDependentBenchmarks();
 // fit/...: a table in memory to the fitted model, with the cases read and sorted.
 void RegisterFitBenchmarks();
 
 // The multiply-adds that the formulas of one pass ask for: p (p + 1) / 2 + p for each case that enters the sums S1 and
-// S2 of the risk set, for each event that enters the sums of its tied group (under Efron's rule only), and for each
-// event term that enters score and information. Not counted: the linear predictors, exponentials, logarithms and
-// divisions. The count is that of the definition, whatever the code saves.
-double MultiplyAddsOfPass(double cases, double events, double covariates, bool efron);
+// S2 of the risk set or leaves them, for each event that enters the sums of its tied group (under Efron's rule only),
+// and for each event term that enters score and information. Not counted: the linear predictors, exponentials,
+// logarithms and divisions. The count is that of the definition, whatever the code saves.
+//   moves  cases that enter, and cases that leave
+double MultiplyAddsOfPass(double moves, double events, double covariates, bool efron);
 
 }  // namespace orv::bench

@@ -10,7 +10,7 @@
 #include "Cases.h"
 #include "LatestCase.h"
 #include "ReferencePass.h"
-#include "SurvivalTable.h"
+#include "SurvivalAnalysis.h"
 
 namespace orv::bench {
 

@@ -3,11 +3,10 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
-#include <functional>
+#include <map>
 #include <optional>
 #include <ostream>
-#include <string_view>
+#include <utility>
 
 #include "Cases.h"
 
@@ -15,101 +14,7 @@ namespace orv::bench {
 
 namespace {
 
-constexpr int kNameWidth = 24;
-
-struct TableColumn {
-  const char* Title;
-  int Width;
-  std::function<std::string(const CaseResult&, const MachineSpeed&)> Cell;
-};
-
-std::string Fixed(double value, int decimals) {
-  return fmt::format("{:.{}f}", value, decimals);
-}
-
-// Three digits that count, as far as decimals go.
-std::string Milliseconds(const CaseResult& result) {
-  const double ms = result.Seconds * 1e3;
-  return Fixed(ms, ms < 9.995 ? 2 : ms < 99.95 ? 1 : 0);
-}
-
-double MultiplyAddRate(const CaseResult& result) {
-  return result.Figure(Figures::MultiplyAdds) / result.Seconds;
-}
-
-const TableColumn kCases{"n", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Cases), 0); }};
-const TableColumn kTime{"ms", 8, [](const auto& r, const auto&) { return Milliseconds(r); }};
-const TableColumn kPerCase{
-    "ns/case", 9, [](const auto& r, const auto&) { return Fixed(r.Seconds * 1e9 / r.Figure(Figures::Cases), 1); }};
-const TableColumn kRate{"Gmadd/s", 9, [](const auto& r, const auto&) { return Fixed(MultiplyAddRate(r) * 1e-9, 2); }};
-const TableColumn kOfPeak{"of peak", 9,
-                          [](const auto& r, const auto& m) { return Fixed(MultiplyAddRate(r) / m.MultiplyAdds, 3); }};
-const TableColumn kOfPortable{"of portable", 13, [](const auto& r, const auto& m) {
-                                return Fixed(MultiplyAddRate(r) / m.PortableMultiplyAdds, 3);
-                              }};
-const TableColumn kSpread{
-    "spread", 8, [](const auto& r, const auto&) { return fmt::format("{} %", std::lround(r.Spread * 100.0)); }};
-const TableColumn kAnswer{"answer", 13, [](const auto& r, const auto&) { return r.Answer; }};
-
-TableColumn ColumnsTitled(const char* title) {
-  return {title, 4, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Columns), 0); }};
-}
-
-struct Group {
-  std::string_view Name;
-  std::vector<TableColumn> Columns;
-};
-
-const std::vector<Group>& Groups() {
-  static const std::vector<Group> kGroups = {
-      {"read",
-       {kCases,
-        ColumnsTitled("k"),
-        kTime,
-        kPerCase,
-        {"MB/s", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Bytes) / r.Seconds * 1e-6, 0); }},
-        {"scan ms", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::ScanSeconds) * 1e3, 2); }},
-        {"of scan", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::ScanSeconds) / r.Seconds, 3); }},
-        kSpread,
-        kAnswer}},
-      {"cases", {kCases, ColumnsTitled("p"), kTime, kPerCase, kSpread, kAnswer}},
-      {"pass",
-       {kCases,
-        ColumnsTitled("p"),
-        kTime,
-        kPerCase,
-        kRate,
-        kOfPeak,
-        kOfPortable,
-        {"GB/s", 7, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Bytes) / r.Seconds * 1e-9, 2); }},
-        {"of triad", 10,
-         [](const auto& r, const auto& m) { return Fixed(r.Figure(Figures::Bytes) / r.Seconds / m.TriadBytes, 3); }},
-        kSpread,
-        kAnswer}},
-      {"fit",
-       {kCases,
-        ColumnsTitled("p"),
-        kTime,
-        kPerCase,
-        {"passes", 8, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Passes), 0); }},
-        kRate,
-        kOfPeak,
-        kOfPortable,
-        kSpread,
-        kAnswer}},
-  };
-  return kGroups;
-}
-
-std::string GroupName(const std::string& name) {
-  return name.substr(0, name.find('/'));
-}
-
-const Group& GroupOf(const std::string& name) {
-  const std::string group = GroupName(name);
-  const auto found = std::find_if(Groups().begin(), Groups().end(), [&](const Group& g) { return g.Name == group; });
-  return found != Groups().end() ? *found : Groups().back();
-}
+constexpr int kNameWidth = 27;
 
 // The value that a share of the sorted values lie below, between neighbours if need be.
 double Quantile(const std::vector<double>& sorted, double share) {
@@ -140,11 +45,6 @@ std::optional<CaseResult> Summarize(const std::vector<benchmark::BenchmarkReport
 
 }  // namespace
 
-double CaseResult::Figure(const char* name) const {
-  const auto found = Figures.find(name);
-  return found != Figures.end() ? found->second : 0.0;
-}
-
 bool RatioReporter::ReportContext(const Context&) {
   return true;
 }
@@ -161,8 +61,8 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
   const CaseResult& result = *summary;
   const Group& group = GroupOf(result.Name);
   std::ostream& out = GetOutputStream();
-  if (m_group != GroupName(result.Name)) {
-    m_group = GroupName(result.Name);
+  if (m_group != &group) {
+    m_group = &group;
     out << fmt::format("\n{:<{}}", "case", kNameWidth);
     for (const TableColumn& column : group.Columns) out << fmt::format("{:>{}}", column.Title, column.Width);
     out << '\n';
@@ -175,25 +75,34 @@ void RatioReporter::ReportRuns(const std::vector<Run>& runs) {
   m_results.push_back(result);
 }
 
-void RatioReporter::Finalize() {
-  // The smallest n of each case and number of columns is the baseline of the larger ones.
+std::string RatioReporter::LinesOf(const Growth& growth) const {
+  // The first size of each case and number of columns, the smallest, is the baseline of the larger ones.
   std::map<std::pair<std::string, double>, const CaseResult*> smallest;
   std::string lines;
   for (const CaseResult& result : m_results) {
-    const double perCase = result.Seconds / result.Figure(Figures::Cases);
+    if (GroupOf(result.Name).Cost != &growth) continue;
+    const double cost = result.Seconds * 1e9 / result.Figure(growth.UnitFigure);
     const auto [found, isFirst] = smallest.try_emplace({result.Name, result.Figure(Figures::Columns)}, &result);
     if (isFirst) continue;
     const CaseResult& base = *found->second;
-    const double basePerCase = base.Seconds / base.Figure(Figures::Cases);
+    const double baseCost = base.Seconds * 1e9 / base.Figure(growth.UnitFigure);
     lines += fmt::format("{:<{}}{:>4.0f}{:>9.0f}{:>10.1f}{:>9.0f}{:>10.1f}{:>8.2f}\n", result.Name, kNameWidth,
-                         result.Figure(Figures::Columns), result.Figure(Figures::Cases), perCase * 1e9,
-                         base.Figure(Figures::Cases), basePerCase * 1e9, perCase / basePerCase);
+                         result.Figure(Figures::Columns), result.Figure(growth.SizeFigure), cost,
+                         base.Figure(growth.SizeFigure), baseCost, cost / baseCost);
   }
-  if (lines.empty()) return;
-  GetOutputStream() << "\nCost of one case against n: a ratio of 1 is a cost that grows as n does.\n\n"
-                    << fmt::format("{:<{}}{:>4}{:>9}{:>10}{:>9}{:>10}{:>8}\n", "case", kNameWidth, "p,k", "n",
-                                   "ns/case", "base n", "ns/case", "ratio")
-                    << lines << std::flush;
+  return lines;
+}
+
+void RatioReporter::Finalize() {
+  for (const Growth* growth : Growths()) {
+    const std::string lines = LinesOf(*growth);
+    if (lines.empty()) continue;
+    const std::string unit = fmt::format("ns/{}", growth->Unit);
+    GetOutputStream() << fmt::format("\n{}\n\n{:<{}}{:>4}{:>9}{:>10}{:>9}{:>10}{:>8}\n", growth->Heading, "case",
+                                     kNameWidth, "p,k", growth->Size, unit, fmt::format("base {}", growth->Size), unit,
+                                     "ratio")
+                      << lines << std::flush;
+  }
 }
 
 }  // namespace orv::bench

@@ -1,26 +1,16 @@
-// RatioReporter: one line a case, with its ratios to what the machine can do, and below them the cost against n.
+// RatioReporter: one line a case, with its ratios to what the machine can do, and below them how costs grow.
 #pragma once
 
 #include <benchmark/benchmark.h>
 
-#include <map>
 #include <string>
 #include <vector>
 
+#include "CaseResult.h"
 #include "MachineSpeed.h"
+#include "ReportGroups.h"
 
 namespace orv::bench {
-
-// The runs of one case.
-struct CaseResult {
-  std::string Name;      // without the size
-  double Seconds = 0.0;  // median over the runs, CPU time of one iteration
-  double Spread = 0.0;   // the middle half of the runs, as a share of the median
-  std::string Answer;    // how the check before the timing came out
-  std::map<std::string, double> Figures;
-
-  double Figure(const char* name) const;  // 0 when the case has no such figure
-};
 
 class RatioReporter : public benchmark::BenchmarkReporter {
  public:
@@ -28,15 +18,18 @@ class RatioReporter : public benchmark::BenchmarkReporter {
 
   bool ReportContext(const Context& context) override;
   void ReportRuns(const std::vector<Run>& runs) override;
-  // Prints the table of cost against n.
+  // Prints the tables of growing costs.
   void Finalize() override;
 
   // A case gave a wrong answer or could not be run.
   bool HasFailed() const { return m_hasFailed; }
 
  private:
+  // The lines of one growth: a case at a size, and at the first size it was run at.
+  std::string LinesOf(const Growth& growth) const;
+
   MachineSpeed m_speed;
-  std::string m_group;  // of the latest line: read, cases, pass or fit
+  const Group* m_group = nullptr;  // of the latest line
   std::vector<CaseResult> m_results;
   bool m_hasFailed = false;
 };

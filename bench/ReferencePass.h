@@ -14,11 +14,13 @@ struct LikelihoodValues {
 };
 
 // How the risk sets are formed. Rescan adds up every risk set afresh, which takes n times the number of tied groups and
-// shares nothing with running sums; it serves small tables.
+// shares nothing with running sums; it serves small tables, and models whose values change with time. RunningSums lets
+// each row join once and, with starts, leave once.
 enum class RiskSets { Rescan, RunningSums };
 
-// Evaluates log partial likelihood, score and information at `beta` (one value a covariate) from a table as
-// MakeSurvivalTable makes it, unweighted. Ties are times that are equal. Shares no code with the module.
+// Evaluates log partial likelihood, score and information at `beta` (one value a coefficient) from a table as
+// MakeSurvivalTable makes it, unweighted, under Breslow's or Efron's rule. Ties are times that are equal. Shares no
+// code with the module.
 LikelihoodValues EvaluatePlainly(const MemoryTable& table,
                                  const SurvivalKind& kind,
                                  const std::vector<double>& beta,

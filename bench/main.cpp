@@ -21,16 +21,27 @@ constexpr const char* kDefaultFlags[] = {"--benchmark_repetitions=9", "--benchma
 
 constexpr const char* kLegend =
     R"(read: a file to a table in memory. cases: that table to the sorted case table, which takes n log n. pass:
-likelihood, score and information at one vector. fit: the table in memory to the fitted model, cases included.
+likelihood, score and information at one vector. interval: the same over intervals (start, stop]; making: what a fit
+pays once before it, the starts sorted. discrete: the same under the discrete likelihood with d events at each time;
+subsets: the sums over the subsets of one risk set by enumeration. timedependent: the same with the covariate
+x1*log(T_+1), whose values the first pass computes and the further ones have kept. fit: the table in memory to the
+fitted model, cases included.
 
 Each case is checked before it is timed. Times are CPU times of the one thread, medians over the runs; the spread is
 the middle half of the runs relative to the median.
-  answer       digits to which the result agrees with the definition computed in long double
-  Gmadd/s      1e9 multiply-adds per second: p (p + 1) / 2 + p for each case in a risk-set sum, for each event in a
-               sum over tied events (Efron) and for each event term; exponentials and divisions are not counted
+  answer       digits to which the result agrees with the definition computed in long double; discrete: that on a small
+               table, and the two forms of input with each other on this one; subsets: with the recursion
+  Gmadd/s      1e9 multiply-adds per second: p (p + 1) / 2 + p for each case that enters a risk-set sum or leaves it,
+               for each event in a sum over tied events (Efron) and for each event term; exponentials and divisions
+               are not counted
   of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
-  GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache)
+  GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache).
+               A row that leaves a risk set is read a second time, out of the order of the table
   of scan      the time to read the file's bytes and count its lines against the time to read it as a table
+  subsets      that the definition of the discrete likelihood sums over: of d of each risk set, all times together
+  of recursion the time of the enumeration against that of the recursion over the same members; taken: what the pass
+               over intervals takes for them
+  pairs        of an event time and a row at risk
 )";
 
 std::string ProcessorName() {
@@ -86,6 +97,10 @@ int Run(int argc, char** argv) {
   RegisterReadBenchmarks();
   RegisterCaseBenchmarks();
   RegisterPassBenchmarks();
+  RegisterIntervalBenchmarks();
+  RegisterDiscreteBenchmarks();
+  RegisterSubsetBenchmarks();
+  RegisterTimeDependentBenchmarks();
   RegisterFitBenchmarks();
   const MachineSpeed start = MeasureMachine();
   PrintConditions(start);

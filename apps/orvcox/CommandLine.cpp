@@ -24,10 +24,9 @@ namespace orv {
 namespace {
 
 // Announced options and commands whose results do not exist in this version.
-constexpr std::array<std::string_view, 15> kNotYetOptions = {
-    "--interval", "--time-covariate", "--subject",  "--robust",        "--where",
-    "--select",   "--p-enter",        "--p-remove", "--force",         "--residuals",
-    "--contrast", "--pattern",        "--ci",       "--survivor-type", "--ph-transform"};
+constexpr std::array<std::string_view, 12> kNotYetOptions = {
+    "--subject",   "--robust",   "--select",  "--p-enter", "--p-remove",      "--force",
+    "--residuals", "--contrast", "--pattern", "--ci",      "--survivor-type", "--ph-transform"};
 constexpr std::array<std::string_view, 2> kNotYetCommands = {"run", "convert"};
 
 template <typename Names>

@@ -29,7 +29,6 @@ const std::vector<std::string> kNotYetResults = {"type3",  "contrast", "steps", 
 const std::vector<std::string> kDefaultResults = {"summary", "estimates"};
 const std::string kAllResults = "all";
 const std::string kDefaultFormat = "text";
-const std::string kNotYetTies = "discrete";
 
 bool Holds(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -83,15 +82,24 @@ void AddVariables(CLI::App& command, AnalysisDefinition& d) {
       ->type_size(6)
       ->expected(1)
       ->type_name("V V V V V V");
+  command.add_option("--interval", d.Interval, "Interval (START, STOP] in which a case is at risk")
+      ->type_size(2)
+      ->expected(1)
+      ->type_name("START STOP");
   command.add_option("--status", d.Status, "Censoring indicator")->type_name("V");
   command.add_option("--event", d.EventCode, "Its code for an event (a number or a label)")->type_name("CODE");
   command.add_option("--censored", d.CensoredCode, "Its code for a censored case")->type_name("CODE");
   AddList(command, "--covariates", d.Covariates, "Continuous predictors");
   AddList(command, "--factors", d.Factors, "Categorical predictors");
+  AddRepeatable(command, "--time-covariate", d.TimeCovariates,
+                "Predictor that changes with the time T_ (repeatable), such as late=age*(T_>30)")
+      ->type_name("NAME=FORMULA");
   command.add_option("--strata", d.Strata, "Variable whose values have baselines of their own")->type_name("V");
   AddList(command, "--strata-codes", d.StrataCodes, "Selected strata; default: all found")->type_name("C,...");
   command.add_option("--weights", d.Weights, "Case weights")->type_name("V");
-  command.add_option("--entry", d.Entry, "Entry time (kept with the cases; no effect on the risk sets)")
+  command.add_option("--where", d.Where, "Condition for the cases, such as \"age >= 18 and arm = 'test'\"")
+      ->type_name("FORMULA");
+  command.add_option("--entry", d.Entry, "Entry time, without effect on risk sets; for late entry use --interval")
       ->type_name("V");
 }
 
@@ -242,8 +250,6 @@ const DocumentFormat* CompleteFormat(const std::string& typed) {
 void CompleteOptions(FitOptions& options) {
   const auto& typed = options.AsTyped;
   AnalysisDefinition& d = options.Definition;
-  if (d.Ties == kNotYetTies)
-    throw DefinitionError(fmt::format("--ties {}: not available yet in this version.", d.Ties));
   d.MaxIterations = CompleteCount("--max-iterations", typed.MaxIterations, kMostIterations, d.MaxIterations);
   d.ToleranceExponent =
       CompleteCount("--tolerance-exponent", typed.ToleranceExponent, kLargestExponent, d.ToleranceExponent);
@@ -285,6 +291,10 @@ CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
       "  orvcox fit veteran.csv --time time --status status --covariates karno,age --factors celltype,trt --ties "
       "efron\n"
       "  orvcox fit lung.csv --time time --status status --event 2 --censored 1 --covariates age --strata sex\n"
+      "  orvcox fit heart.csv --interval start stop --status event --covariates age --ties discrete --where \"year > "
+      "1\"\n"
+      "  orvcox fit veteran.csv --time time --status status --covariates karno --time-covariate "
+      "\"kt=karno*log(T_+1)\"\n"
       "  orvcox fit veteran.csv --time time --status status --covariates karno --factors trt \\\n"
       "      --effects \"karno, trt, karno*trt\" --coding reference --reference trt=1 --show all --format json");
   fit->final_callback([&options] { CompleteOptions(options); });

@@ -10,8 +10,10 @@
 
 #include "core/StringTable.h"
 #include "data/CCoxData.h"
+#include "data/TimeExpressions.h"
 #include "data/VariableNames.h"
 #include "fit/CCoxFit.h"
+#include "host/TextIds.h"
 #include "output/CoefficientLabels.h"
 
 namespace orv {
@@ -24,7 +26,6 @@ struct ReasonText {
   const char* Text;
 };
 
-// In the order of the report.
 // In the order of the report. The texts follow "left out for".
 constexpr std::array kReasons = {
     ReasonText{Exclusion::Selection, ExclusionReason::Selection, "not being selected"},
@@ -78,13 +79,16 @@ std::vector<LeftOutColumn> LeftOutColumns(const CCoxPH& analysis) {
   const std::vector<std::string> labels = CoefficientLabels(data);
   for (std::size_t c = 0; c < labels.size(); ++c) {
     const CoxDesignColumn& column = data.DesignColumns[c];
-    if (column.Dropped && !column.Fixed) columns.push_back({labels[c], !(column.StdDev > 0.0)});
+    // What is stored of a column with time expressions may well be constant while its values are not.
+    const bool isConstant = column.ExpressionCount == 0 && !(column.StdDev > 0.0);
+    if (column.Dropped && !column.Fixed) columns.push_back({labels[c], isConstant});
   }
   return columns;
 }
 
-// Why a time does not count, by the number of variables that it comes from.
+// Why a time does not count, by the form in which it is given.
 std::string TimeText(const CoxSettings& settings) {
+  if (settings.InputType == InputTypes::CountingProcess) return "an interval that is empty or begins before 0";
   if (settings.SurvivalVariableCount == 2) return "an end before its start";
   return settings.SurvivalVariableCount == 6 ? "an end before its start or a date that is none" : "a negative time";
 }
@@ -137,6 +141,33 @@ std::vector<std::string> FactorsWithOtherRatios(const CCoxPH& analysis) {
   return names;
 }
 
+// Which formula failed, where: the messages of the module say only that numbers failed.
+std::string NoteOnFormula(const CCoxPH& analysis) {
+  if (analysis.m_Settings.InputType != InputTypes::TimeDependent || !analysis.m_pExpressions) return {};
+  const std::optional<ExpressionFailure>& failure = analysis.m_pExpressions->Failure();
+  if (!failure || failure->Expression < 1) return {};
+  const auto place = static_cast<std::size_t>(failure->Expression) - 1;
+  return fmt::format(
+      "--time-covariate {}: the formula cannot be computed for case {} at time {}. if(condition, a, b) computes only "
+      "the "
+      "part that is needed.",
+      analysis.m_Settings.TimeDependentCovariateNames[place], failure->CaseNumber, failure->Time);
+}
+
+// The sums over subsets of a large tied group leave the range of a double long before they lose their meaning.
+std::string NoteOnDiscreteFailure(const CCoxPH& analysis, const StandaloneHost& host) {
+  if (analysis.m_Settings.Likelihood != Likelihoods::Discrete) return {};
+  const std::vector<std::string>& shown = host.Messages();
+  const bool failed = std::any_of(shown.begin(), shown.end(), [](const std::string& text) {
+    const int id = FindModuleTextId(text);
+    return id == TextIds::NoResultsAvailable || id == TextIds::LastIterationUsed;
+  });
+  if (!failed) return {};
+  return "with --ties discrete the sums over many tied events can leave the range of numbers: --ties efron serves "
+         "large "
+         "tied groups.";
+}
+
 }  // namespace
 
 RunReport ReportRun(const CCoxPH& analysis, const StandaloneHost& host, const std::string& version) {
@@ -172,6 +203,9 @@ std::vector<std::string> NotesOnRun(const CCoxPH& analysis, const StandaloneHost
         fmt::format("no convergence within {} {}: raise --max-iterations, or choose another --converge or a "
                     "smaller --tolerance-exponent.",
                     limit, limit == 1 ? "iteration" : "iterations"));
+  }
+  for (const std::string& note : {NoteOnFormula(analysis), NoteOnDiscreteFailure(analysis, host)}) {
+    if (!note.empty()) notes.push_back(note);
   }
   for (const std::string& factor : FactorsWithOtherRatios(analysis)) {
     notes.push_back(fmt::format(

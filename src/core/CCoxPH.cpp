@@ -3,6 +3,7 @@
 #include "core/StringTable.h"
 #include "data/CCoxData.h"
 #include "data/FactorLevels.h"
+#include "data/TimeExpressions.h"
 #include "fit/CCoxFit.h"
 #include "host/TextIds.h"
 

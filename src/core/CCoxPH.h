@@ -15,6 +15,7 @@ namespace orv {
 
 class CCoxData;
 class CCoxFit;
+class ExpressionStore;
 struct StartupFields;
 
 class CCoxPH : public CAnalysisSupport {
@@ -96,6 +97,7 @@ class CCoxPH : public CAnalysisSupport {
   std::unique_ptr<CCoxData> m_pCoxData;
   std::unique_ptr<CCoxFit> m_pCoxFit;
   std::unique_ptr<ProgressHolder> m_pProgress;
+  std::unique_ptr<ExpressionStore> m_pExpressions;  // compiled time expressions, until the next check of the options
   int m_DocumentFlag = 0;  // a flag of the analysis document: cleared by the script functions, set again by dialogs
 
  private:

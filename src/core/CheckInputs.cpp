@@ -6,6 +6,7 @@
 #include "data/AlmostEqual.h"
 #include "data/EffectTerm.h"
 #include "data/RoundHalfAway.h"
+#include "data/TimeExpressions.h"
 #include "host/FormatText.h"
 #include "host/TextIds.h"
 #include "host/WorkArray.h"
@@ -16,7 +17,6 @@ namespace {
 
 constexpr double kFewestIterations = 1.0;
 constexpr double kMostIterations = 1000.0;
-constexpr int kVariableListSlots = 38;  // variables that all time expressions may read together
 constexpr int kNoText = 0;
 
 bool UsesPToEnter(const CoxSettings& s) {
@@ -125,6 +125,14 @@ int CheckTimeVariables(const CoxSettings& s) {
   return s.SurvivalVariableCount < 1 ? TextIds::NoSurvivalVariable : kNoText;
 }
 
+// Compiles the expressions of the options, with the length of the longest as the limit.
+int CompileExpressions(CCoxPH& analysis, void* parent, CompiledVariables& compiled) {
+  const std::vector<std::string>& expressions = analysis.m_Settings.TimeDependentCovariateExpressions;
+  std::size_t longest = 0;
+  for (const std::string& expression : expressions) longest = std::max(longest, expression.size());
+  return CompileTimeExpressions(analysis, parent, expressions, longest, analysis.m_pExpressions, compiled);
+}
+
 }  // namespace
 
 int CCoxPH::ReadStartupFields(StartupFields& fields, void* parent) {
@@ -153,7 +161,7 @@ int CCoxPH::ReadStartupFields(StartupFields& fields, void* parent) {
   return 0;
 }
 
-int CCoxPH::CheckInputsForCorrectness(void*) {
+int CCoxPH::CheckInputsForCorrectness(void* parent) {
   CoxSettings& s = m_Settings;
   const auto refused = [this](int textId) {
     if (textId != kNoText) ShowText(textId);
@@ -163,11 +171,17 @@ int CCoxPH::CheckInputsForCorrectness(void*) {
   if (s.InputType == InputTypes::TimeDependent) {
     s.TimeExpressionVariables.clear();
     // Room for the variables that the compiler of the expressions finds, and for their number.
-    const WorkArray<std::int16_t> variables(GetHost(), kVariableListSlots);
-    const WorkArray<std::int16_t> count(GetHost(), kVariableListSlots);
-    if (refused(variables.Failed() || count.Failed() ? TextIds::OutOfMemory : kNoText)) return 1;
+    WorkArray<std::int16_t> numbers(GetHost(), ExpressionStore::kMostVariables);
+    const WorkArray<std::int16_t> count(GetHost(), ExpressionStore::kMostVariables);
+    if (refused(numbers.Failed() || count.Failed() ? TextIds::OutOfMemory : kNoText)) return 1;
     if (refused(CheckTimeVariables(s))) return 1;
     if (refused(s.TimeDependentCovariateExpressions.empty() ? TextIds::NoTimeDependentCovariate : kNoText)) return 1;
+    CompiledVariables compiled{numbers.Data(), 0};
+    if (CompileExpressions(*this, parent, compiled) != 0) {
+      DisplayInstError(parent, TextIds::ReviewTimeExpressions);
+      return 1;
+    }
+    s.TimeExpressionVariables.assign(compiled.Numbers, compiled.Numbers + compiled.Count);
   } else if (refused(CheckTimeVariables(s))) {
     return 1;
   }

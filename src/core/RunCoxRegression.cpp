@@ -45,10 +45,6 @@ int CCoxPH::RunCoxRegression(void* parent) {
     ShowText(TextIds::NoResultsAvailable);
     return 1;
   }
-  if (m_pCoxFit->m_LogLikHistory.empty() && m_pCoxFit->m_FitStatus == FitStatuses::Converged) {
-    dsplst(0, kNotAvailable);
-    return 1;
-  }
   if (!m_pCoxFit->m_Converged && m_pCoxFit->m_FitStatus == FitStatuses::Failed) return 1;
   return 0;
 }

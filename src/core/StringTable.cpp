@@ -19,6 +19,7 @@ constexpr std::array kTexts = {
     TableText{10010, "Too many variables have been selected."},
     TableText{10014, "Please select a start variable."},
     TableText{10015, "Please select a stop variable."},
+    TableText{10023, "Error in expression (empty?)."},
     TableText{10024, "Maximum number of iterations must be between 1 and 1000."},
     TableText{10025, "Please review the time-dependent covariate expressions for correctness."},
     TableText{10026,
@@ -26,6 +27,7 @@ constexpr std::array kTexts = {
               "times,\n(b.) 2 variables with dates, or\n(c.) 6 variables representing dates."},
     TableText{10027, "The code used to identify complete cases is not valid."},
     TableText{10028, "The code used to identify censored cases is not valid."},
+    TableText{10034, "The formula/expression is not valid.  \nThe specified time covariate is not a function of time."},
     TableText{10037, "Please define a time-dependent covariate or specify another input type."},
     TableText{10039, "Please specify a censoring indicator variable."},
     TableText{10040, "Please specify a start variable."},
@@ -57,6 +59,7 @@ constexpr std::array kTexts = {
               "Weights cannot be used with the discrete likelihood.  Please turn off weights or select a different "
               "likelihood."},
     TableText{10190, "Number of iterations should be greater than 0."},
+    TableText{10191, "Please specify a name for the time covariate."},
     TableText{10192, "Not enough complete cases in strata: "},
     TableText{10196,
               "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was "

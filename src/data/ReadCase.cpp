@@ -177,10 +177,14 @@ Exclusion CCoxData::ReadCase(const double* values, int outputRow, double weight)
   if (!censored && censor != settings.CodeForCompleteResponses) return Exclusion::Status;
   const double status = censored ? kCensored : kComplete;
 
+  bool lacksExpressionValue = false;
   for (std::size_t k = 0; k < settings.TimeExpressionVariables.size(); ++k) {
     m_ExpressionValues[k] = Value(values, settings.TimeExpressionVariables[k]);
-    if (AlmostEqual(m_ExpressionValues[k], m_ExpressionCodes[k])) return Exclusion::Expression;
+    if (!AlmostEqual(m_ExpressionValues[k], m_ExpressionCodes[k])) continue;
+    ++Excluded.MissingByVariable[settings.TimeExpressionVariables[k]];
+    lacksExpressionValue = true;
   }
+  if (lacksExpressionValue) return Exclusion::Expression;
   // A subject gets its id before the factors are looked at, so a case left out for its factor code still takes one.
   double subject = 0.0;
   if (settings.SubjectVariable > 0) {

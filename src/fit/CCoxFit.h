@@ -37,6 +37,8 @@ using DenseMatrix = std::vector<std::vector<double>>;
 struct RoutineTraits {
   bool HasCancelQuery = false;           // asks for cancel after each iteration
   bool SkipsLoopWithoutColumns = false;  // with no parameters the null pass is the fit
+  bool HasProgressBar = true;            // outside model building
+  bool HasNullPass = true;  // else null likelihood, score statistic and first step all come from the start vector
 };
 
 class CCoxFit {
@@ -89,10 +91,24 @@ class CCoxFit {
   // ---- Maximisation routines: efronStep is 0 for Breslow, 1 for Efron -------------------------------------------
   int FitSurvival(int efronStep);
   int FitSurvivalStrata(int efronStep);
+  int FitCounting(int efronStep);
+  int FitCountingStrata(int efronStep);
+  int FitSurvivalDiscrete();
+  int FitSurvivalDiscreteStrata();
+  int FitCountingDiscrete();
+  int FitCountingDiscreteStrata();
+  int FitTimeDependent(int efronStep);  // with and without strata
 
   // ---- Evaluators: one pass over all design columns at `beta`, into m_ScoreVector and m_PackedInformation -------
   void EvaluateSurvival(int efronStep, const double* beta);
   void EvaluateSurvivalStrata(int efronStep, const double* beta);
+  void EvaluateCounting(int efronStep, const double* beta);
+  void EvaluateCountingStrata(int efronStep, const double* beta);
+  void EvaluateSurvivalDiscrete(const double* beta);
+  void EvaluateSurvivalDiscreteStrata(const double* beta);
+  void EvaluateCountingDiscrete(const double* beta);
+  void EvaluateCountingDiscreteStrata(const double* beta);
+  void EvaluateTimeDependent(const double* beta, int efronStep);
 
   CCoxPH& Owner() const;
   // The covariance that standard errors and tests take.
@@ -125,9 +141,16 @@ class CCoxFit {
 
   const CoxSettings& Settings() const;
   Host& HostOf() const;
-  CaseColumns SurvivalColumns(bool strata) const;
-  int FitRightCensored(bool strata, int efronStep, const RoutineTraits& traits);
-  void EvaluateRightCensored(bool strata, int efronStep, const double* beta);
+  // The columns that a pass reads; Stratum is -1 without strata.
+  CaseColumns PassColumns(bool strata) const;
+  std::unique_ptr<PartialLikelihood> SurvivalPass(bool strata, int efronStep, const std::vector<int>& columns) const;
+  std::unique_ptr<PartialLikelihood> CountingPassOf(bool strata, int efronStep, const std::vector<int>& columns) const;
+  std::unique_ptr<PartialLikelihood> SurvivalDiscretePass(bool strata, const std::vector<int>& columns) const;
+  std::unique_ptr<PartialLikelihood> CountingDiscretePass(bool strata, const std::vector<int>& columns) const;
+  std::unique_ptr<PartialLikelihood> TimeDependentPassOf(int efronStep, const std::vector<int>& columns) const;
+  // One evaluation into m_ScoreVector and m_PackedInformation.
+  void StoreEvaluation(PartialLikelihood& pass, const double* beta);
+  std::vector<int> AllColumns() const;
   int RunRoutine();
   void RunEvaluator(const double* beta);
   // The record of the column that a parameter of the current model belongs to.
@@ -136,7 +159,7 @@ class CCoxFit {
   int StepParameterCount() const;
   void RestoreStartValues();
 
-  double FirstPasses(PartialLikelihood& pass, Working& work);
+  double FirstPasses(PartialLikelihood& pass, const RoutineTraits& traits, Working& work);
   int Iterate(PartialLikelihood& pass, const RoutineTraits& traits, Working& work, CQvdProgressBar* bar);
   void StoreMatrices(Working& work);
   // After a numerical failure: results from the last vector that served a pass. False when they cannot be had.

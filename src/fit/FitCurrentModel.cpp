@@ -37,22 +37,32 @@ void CCoxFit::FitCurrentModel() {
 
 int CCoxFit::RunRoutine() {
   const bool strata = Settings().HasStrata();
-  const bool rightCensored = m_InputType == InputTypes::SurvivalTime;
-  const bool tiesByEvents = m_Likelihood == Likelihoods::Breslow || m_Likelihood == Likelihoods::Efron;
-  if (rightCensored && tiesByEvents) {
-    const int efronStep = m_Likelihood == Likelihoods::Efron ? 1 : 0;
-    return strata ? FitSurvivalStrata(efronStep) : FitSurvival(efronStep);
+  const bool discrete = m_Likelihood == Likelihoods::Discrete;
+  const int efronStep = m_Likelihood == Likelihoods::Efron ? 1 : 0;
+  switch (m_InputType) {
+    case InputTypes::SurvivalTime:
+      if (discrete) return strata ? FitSurvivalDiscreteStrata() : FitSurvivalDiscrete();
+      return strata ? FitSurvivalStrata(efronStep) : FitSurvival(efronStep);
+    case InputTypes::CountingProcess:
+      if (discrete) return strata ? FitCountingDiscreteStrata() : FitCountingDiscrete();
+      return strata ? FitCountingStrata(efronStep) : FitCounting(efronStep);
+    default:
+      // The discrete rule is not offered with time-dependent covariates, and no routine runs.
+      return discrete ? m_FitStatus : FitTimeDependent(efronStep);
   }
-  return m_FitStatus;
 }
 
 void CCoxFit::RunEvaluator(const double* beta) {
+  const bool strata = Settings().HasStrata();
+  const bool discrete = m_Likelihood == Likelihoods::Discrete;
   const int efronStep = m_Likelihood == Likelihoods::Efron ? 1 : 0;
-  if (Settings().HasStrata()) {
-    EvaluateSurvivalStrata(efronStep, beta);
-  } else {
-    EvaluateSurvival(efronStep, beta);
+  if (m_InputType == InputTypes::TimeDependent) return EvaluateTimeDependent(beta, efronStep);
+  if (m_InputType == InputTypes::CountingProcess) {
+    if (discrete) return strata ? EvaluateCountingDiscreteStrata(beta) : EvaluateCountingDiscrete(beta);
+    return strata ? EvaluateCountingStrata(efronStep, beta) : EvaluateCounting(efronStep, beta);
   }
+  if (discrete) return strata ? EvaluateSurvivalDiscreteStrata(beta) : EvaluateSurvivalDiscrete(beta);
+  return strata ? EvaluateSurvivalStrata(efronStep, beta) : EvaluateSurvival(efronStep, beta);
 }
 
 bool CCoxFit::FallBackToLastIteration() {
@@ -84,7 +94,8 @@ bool CCoxFit::FallBackToLastIteration() {
     }
     Unstandardize();
     FloatingPointRegime::ThrowIfFailed();
-  } catch (const NumericalFailure&) {
+  } catch (...) {
+    // Whatever fails here, memory included, leaves nothing to fall back on.
     return false;
   }
   if (HostOf().IsOleAutomation()) HostOf().SetMessageErrorHandler(1);

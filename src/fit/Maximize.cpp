@@ -62,7 +62,7 @@ int CCoxFit::Maximize(PartialLikelihood& pass, const RoutineTraits& traits) {
   const int p = static_cast<int>(m_ActiveColumns.size());
   m_Converged = false;
   std::unique_ptr<CQvdProgressBar> bar;
-  if (Settings().ModelBuilding == ModelBuildings::AllEffects) {
+  if (traits.HasProgressBar && Settings().ModelBuilding == ModelBuildings::AllEffects) {
     bar =
         HostOf().NewProgressBar(std::max(m_MaxIterations, 2), Owner().GetResourceString(TextIds::MaximizingLikelihood));
     if (bar) bar->ShowNow();
@@ -70,7 +70,7 @@ int CCoxFit::Maximize(PartialLikelihood& pass, const RoutineTraits& traits) {
   Working work(HostOf(), p);
   if (work.Failed() || pass.Failed()) return FitStatuses::OutOfMemory;
 
-  work.bestL = FirstPasses(pass, work);
+  work.bestL = FirstPasses(pass, traits, work);
   m_LogLikHistory.push_back(work.bestL);
   int status = FitStatuses::IterationLimit;
   if (p == 0 && traits.SkipsLoopWithoutColumns) {
@@ -88,19 +88,20 @@ int CCoxFit::Maximize(PartialLikelihood& pass, const RoutineTraits& traits) {
 
 // The pass at zero, which gives the null likelihood and the score statistic, and the pass at the start vector.
 // Returns the likelihood of the start vector, with the first step taken from it.
-double CCoxFit::FirstPasses(PartialLikelihood& pass, Working& work) {
+double CCoxFit::FirstPasses(PartialLikelihood& pass, const RoutineTraits& traits, Working& work) {
   const int p = work.p;
   InitialBeta(work.beta.Data(), p);
   m_BetaHistory.push_back(work.BetaCopy());
   const bool startsAtZero = std::all_of(work.beta.Data(), work.beta.Data() + p, [](double b) { return b == 0.0; });
 
-  m_NullLogLik = EvaluateChecked(pass, nullptr, work.U.Data(), work.H.Rows());
+  const double* const nullVector = traits.HasNullPass || startsAtZero ? nullptr : work.beta.Data();
+  m_NullLogLik = EvaluateChecked(pass, nullVector, work.U.Data(), work.H.Rows());
   // Out of memory here costs nothing that the fit reads.
   static_cast<void>(ComputeNullProjection(work.H.Rows()));
   double stepDotScore = 0.0;
   NewtonStep(work.beta.Data(), work.U.Data(), work.H.Rows(), &stepDotScore);
   m_ScoreStatistic = stepDotScore;
-  if (startsAtZero) return m_NullLogLik;
+  if (startsAtZero || !traits.HasNullPass) return m_NullLogLik;
 
   m_BetaHistory.pop_back();
   InitialBeta(work.beta.Data(), p);

@@ -17,6 +17,12 @@ void AddWeighted(double* S1, double* S2, const double* x, double weight, int p) 
   }
 }
 
+void CopyPackedToUpper(const double* packed, double** H, int p) {
+  for (int j = 0; j < p; ++j) {
+    for (int l = 0; l <= j; ++l) H[l][j] = *packed++;
+  }
+}
+
 void SubtractEventTerm(const EventTerm& term, double* U, double* H, double* mean, int p) {
   const double D = term.Denominator;
   const double m = term.Weight;

@@ -19,6 +19,9 @@ double LinearPredictor(const double* x, const double* beta, int p);
 // S1 += weight x and S2 += weight x x', with weight x_j formed first.
 void AddWeighted(double* S1, double* S2, const double* x, double weight, int p);
 
+// A packed lower triangle into the upper triangle of a matrix.
+void CopyPackedToUpper(const double* packed, double** H, int p);
+
 // The members of a tied group that are events, and the risk set, as one event of the group sees them.
 struct EventTerm {
   const double* S1 = nullptr;  // over the risk set: sum of w r x

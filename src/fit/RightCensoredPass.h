@@ -3,8 +3,9 @@
 
 #include <vector>
 
-#include "fit/CompensatedSum.h"
+#include "fit/ActiveDesign.h"
 #include "fit/PartialLikelihood.h"
+#include "fit/RiskSums.h"
 #include "fit/TieTable.h"
 
 namespace orv {
@@ -27,35 +28,16 @@ class RightCensoredPass : public PartialLikelihood {
                     const std::vector<int>& activeColumns,
                     int efronStep);
 
-  bool Failed() const override;
+  bool Failed() const override { return m_ties.Failed() || m_design.Failed() || m_sums.Failed(); }
   double Evaluate(const double* beta, double* U, double** H) override;
 
  private:
-  void ClearRiskSet();
-  void ClearEvents();
-  // The row's design values in the order of the parameters. Points into the row when the columns are the first p.
-  const double* DesignValues(const double* row);
-  // Takes the terms of the tied group that closes on a row into L, U and the packed information.
-  void CloseGroup(int row, bool atZero, CompensatedSum& L, double* U);
-
   const CaseTable& m_cases;
   const int m_n;
   const CaseColumns m_columns;
-  const std::vector<int> m_activeColumns;
-  const int m_p;
-  const int m_efronStep;
-  const bool m_isLeading;  // the active columns are 0, 1, ..., p - 1
   TieTable m_ties;
-
-  CompensatedSum m_S0;
-  double m_E0 = 0.0;
-  WorkArray<double> m_S1;
-  WorkArray<double> m_S2;
-  WorkArray<double> m_E1;
-  WorkArray<double> m_E2;
-  WorkArray<double> m_H;     // packed, transposed into the caller's matrix at the end
-  WorkArray<double> m_mean;  // work area of the event terms
-  WorkArray<double> m_x;     // gathered design values
+  ActiveDesign m_design;
+  RiskSums m_sums;
 };
 
 }  // namespace orv

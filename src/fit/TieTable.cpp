@@ -1,5 +1,7 @@
 #include "fit/TieTable.h"
 
+#include <algorithm>
+
 #include "data/AlmostEqual.h"
 #include "data/RoundHalfAway.h"
 
@@ -39,6 +41,7 @@ void TieTable::FindGroups(const CaseTable& cases, int n, const CaseColumns& colu
     const auto at = static_cast<std::size_t>(row);
     m_deaths[at] = eventCount + status;
     if (m_deaths[at] > 0.0) m_meanWeight[at] = (weight * status + eventWeight) / m_deaths[at];
+    m_largestGroup = std::max(m_largestGroup, RoundToInteger(m_deaths[at]));
     eventCount = 0.0;
     eventWeight = 0.0;
   }

@@ -25,6 +25,8 @@ class TieTable {
   bool Failed() const { return m_deaths.Failed() || m_meanWeight.Failed() || m_lastOfStratum.Failed(); }
   // Events of the tied group that closes on this row, the group's first; 0 elsewhere and for groups without events.
   double Deaths(int row) const { return m_deaths[static_cast<std::size_t>(row)]; }
+  // The most events of a group, at least 1: the size of a store for any of them.
+  int LargestGroup() const { return m_largestGroup; }
   // Mean case weight of those events; only where Deaths is above 0.
   double MeanWeight(int row) const { return m_meanWeight[static_cast<std::size_t>(row)]; }
   // The row after this one belongs to another stratum. Always false on the last row and without strata.
@@ -34,6 +36,7 @@ class TieTable {
   void FindStrata(const CaseTable& cases, int n, int stratumColumn);
   void FindGroups(const CaseTable& cases, int n, const CaseColumns& columns);
 
+  int m_largestGroup = 1;
   WorkArray<double> m_deaths;
   WorkArray<double> m_meanWeight;
   WorkArray<std::uint8_t> m_lastOfStratum;

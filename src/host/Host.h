@@ -12,6 +12,8 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace orv {
 
@@ -79,6 +81,31 @@ struct SheetArguments {
   const char* ShortName = nullptr;  // 12 bytes: the name of the corner cell
 };
 
+// The names that a formula may use. Numbers count from 1; a name inserted after those of the table follows them.
+class CAnalysisNamesArray {
+ public:
+  // Returns the number of the name.
+  int InsertNewStr(std::string name) {
+    m_names.push_back(std::move(name));
+    return static_cast<int>(m_names.size());
+  }
+  int Count() const { return static_cast<int>(m_names.size()); }
+  const std::string& Name(int number) const { return m_names[static_cast<std::size_t>(number) - 1]; }
+
+ private:
+  std::vector<std::string> m_names;
+};
+
+// What the formula compiler fills. The arrays belong to the caller.
+struct CompiledFormulaArea {
+  unsigned char* Instructions = nullptr;
+  int InstructionBytes = 0;         // their room
+  std::int16_t* Symbols = nullptr;  // numbers of the names that the formula reads, in order of first appearance
+  int SymbolRoom = 0;               // at most that many are written
+  int SymbolCount = 0;              // that many there are
+  int ErrorPosition = 0;            // above 0: the place of an error in the text, from 1
+};
+
 class Host {
  public:
   virtual ~Host() = default;
@@ -136,6 +163,16 @@ class Host {
   virtual int AllocMem(void** address, std::size_t size) = 0;
   virtual int GetMem(void** address, std::size_t size) = 0;
   virtual void FreeMem(void* address) = 0;
+
+  // ---- Formulas -----------------------------------------------------------------------------------------------
+  // The names of all variables of the input table, in order.
+  virtual void GetVarNamFromTable(CAnalysisNamesArray& names) = 0;
+  // Compiles a formula. `text` is one byte with the length of the formula plus 1, then the formula in upper case, then
+  // ";" and a zero byte. Names match without regard to case. Returns 0, or 5 when memory is out.
+  virtual int COMP(const char* text, const CAnalysisNamesArray& names, CompiledFormulaArea& area) = 0;
+  // Evaluates a compiled formula. `arguments` has one value per symbol, in the order of the symbols. Returns 0 on
+  // success, another value when a number cannot be computed.
+  virtual int RunSpreadsheetFormula(const double* arguments, const unsigned char* instructions, double& result) = 0;
 
   // ---- Results ------------------------------------------------------------------------------------------------
   virtual bool OutputSwitchedOff() const = 0;

@@ -38,7 +38,7 @@ class WorkArray {
   std::size_t Count() const { return m_count; }
   T& operator[](std::size_t index) { return m_data[index]; }
   const T& operator[](std::size_t index) const { return m_data[index]; }
-  void Clear() { std::memset(m_data, 0, m_count * sizeof(T)); }
+  void Clear() { std::memset(static_cast<void*>(m_data), 0, m_count * sizeof(T)); }
 
  private:
   Host& m_host;

@@ -21,6 +21,12 @@ void AppendAt(const Numbers& from, std::size_t k, Numbers& to) {
   if (k < from.size()) to.push_back(from[k]);
 }
 
+// An expression as a member of a list of variables. Variables count from 0 up, so the two never meet: the second
+// expression is not the table's second variable.
+std::int32_t ExpressionMember(std::int32_t expression) {
+  return -1 - expression;
+}
+
 struct TermMembers {
   Numbers Continuous;
   Numbers Categorical;
@@ -42,7 +48,7 @@ void Collect(const CoxDesignColumn& term,
         AppendAt(term.Variables, k, members.Categorical);
         break;
       default:
-        AppendAt(expressionIds, k, expressions);
+        if (k < expressionIds.size()) expressions.push_back(ExpressionMember(expressionIds[k]));
         break;
     }
   }

@@ -18,9 +18,11 @@ class DefinitionError : public std::runtime_error {
 
 // Texts are as typed; an empty text or list means that the option was not given. Variables are names or #3.
 struct AnalysisDefinition {
-  std::string Time;                    // one survival time
-  std::vector<std::string> Dates;      // start and end date
-  std::vector<std::string> DateParts;  // month, day, year of the start, then of the end
+  std::string Time;                         // one survival time
+  std::vector<std::string> Dates;           // start and end date
+  std::vector<std::string> DateParts;       // month, day, year of the start, then of the end
+  std::vector<std::string> Interval;        // start and stop of (start, stop]
+  std::vector<std::string> TimeCovariates;  // "NAME=FORMULA"
   std::string Status;
   std::string EventCode;
   std::string CensoredCode;
@@ -33,6 +35,7 @@ struct AnalysisDefinition {
   std::string Strata;
   std::vector<std::string> StrataCodes;
   std::string Weights;
+  std::string Where;  // condition for the cases
   std::string Entry;
   std::string Ties;
   int MaxIterations = 50;

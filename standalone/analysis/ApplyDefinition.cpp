@@ -8,16 +8,15 @@
 #include <set>
 
 #include "core/VariableSelection.h"
-#include "data/CCoxData.h"
-#include "data/EffectTerm.h"
 #include "data/FactorLevels.h"
+#include "standalone/analysis/ApplyDesign.h"
 #include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/CloseNames.h"
 #include "standalone/analysis/DefinitionMessages.h"
-#include "standalone/analysis/EffectSyntax.h"
 #include "standalone/analysis/ListSyntax.h"
 #include "standalone/analysis/TableCodes.h"
+#include "standalone/formula/SelectCases.h"
 
 namespace orv {
 
@@ -38,14 +37,17 @@ class Applier {
 
   AppliedDefinition Apply() {
     CheckDefinition(m_definition);
+    ChooseCases();
     ChooseVariables();
+    DesignApplier design(m_definition, m_host, m_analysis, m_applied.Notes);
+    if (!m_applied.Refused) m_applied.Refused = !design.ChooseTimeCovariates();
     if (m_applied.Refused) return m_applied;
     ChooseStatusCodes();
-    ChooseEffects();
+    design.ChooseEffects();
     ChooseFactorCodes();
     ChooseStrataCodes();
     ChooseMethod();
-    ChooseStartValues();
+    design.ChooseStartValues();
     return m_applied;
   }
 
@@ -82,6 +84,21 @@ class Applier {
     return variable;
   }
 
+  // ---- Cases --------------------------------------------------------------------------------------------------
+
+  void ChooseCases() {
+    if (m_definition.Where.empty()) return;
+    try {
+      m_isSelected = SelectCases(m_definition.Where, m_host.Names(), m_table);
+    } catch (const FormulaError& error) {
+      Fail(Messages::FormulaProblem("--where", error.what()));
+    } catch (const CaseSelectionError& error) {
+      Fail(Messages::FormulaProblem("--where", error.what()));
+    }
+    if (std::find(m_isSelected.begin(), m_isSelected.end(), 1) == m_isSelected.end()) Fail(Messages::NoCaseSelected());
+    m_host.SelectCases(m_isSelected);
+  }
+
   // ---- Variables ----------------------------------------------------------------------------------------------
 
   void ChooseVariables() {
@@ -105,8 +122,12 @@ class Applier {
       m_settings.EntryTimeVariable = TakeNumber("--entry", m_definition.Entry, "Entry times are numbers.");
       Note(Messages::EntryHasNoEffect());
     }
+    RequireTimes();
     CountPredictors();
-    m_applied.Refused = CheckSurvivalTimeSelection(m_analysis, previous) != 0;
+    const bool intervals = m_settings.InputType == InputTypes::CountingProcess;
+    const int refused =
+        intervals ? CheckIntervalSelection(m_analysis) : CheckSurvivalTimeSelection(m_analysis, previous);
+    m_applied.Refused = refused != 0;
   }
 
   void CountPredictors() {
@@ -116,16 +137,45 @@ class Applier {
 
   void ChooseTimes() {
     const AnalysisDefinition& d = m_definition;
+    if (!d.TimeCovariates.empty()) m_settings.InputType = InputTypes::TimeDependent;
     if (!d.Time.empty()) {
       AddTime(TakeNumber("--time", d.Time, "Survival times are numbers."));
-      if (m_table.Variable(m_settings.SurvivalVariables[0]).Type == VariableType::Date) {
+      if (HoldsDates(m_settings.SurvivalVariables[0])) {
         Fail(Messages::NotADuration(NameOf(m_settings.SurvivalVariables[0])));
       }
+    } else if (!d.Interval.empty()) {
+      TakeInterval();
     } else if (!d.Dates.empty()) {
       TakeDates();
     } else {
       TakeDateParts();
     }
+  }
+
+  // The module tests the first time variable alone for missing values, and none with time-dependent covariates, not
+  // even the entry time.
+  void RequireTimes() {
+    if (m_settings.InputType == InputTypes::CountingProcess) return;
+    const auto first = m_settings.SurvivalVariables.begin();
+    const int tested = m_settings.InputType == InputTypes::TimeDependent ? 0 : 1;
+    std::vector<int> untested(first + tested, first + m_settings.SurvivalVariableCount);
+    if (tested == 0 && m_settings.EntryTimeVariable > 0) untested.push_back(m_settings.EntryTimeVariable);
+    m_host.RequireValues(untested);
+  }
+
+  bool HoldsDates(int variable) const { return m_table.Variable(variable).Type == VariableType::Date; }
+
+  void TakeInterval() {
+    std::int16_t ends[2] = {};
+    for (std::size_t end = 0; end < 2; ++end) {
+      ends[end] = TakeNumber("--interval", m_definition.Interval[end], "The ends of intervals are numbers.");
+      if (HoldsDates(ends[end])) Fail(Messages::IntervalOfDates(NameOf(ends[end])));
+    }
+    m_settings.InputType = InputTypes::CountingProcess;
+    m_settings.StartVariable = ends[0];
+    m_settings.StopVariable = ends[1];
+    m_settings.StartVariableCount = 1;
+    m_settings.StopVariableCount = 1;
   }
 
   void AddTime(std::int16_t variable) {
@@ -136,21 +186,17 @@ class Applier {
     for (const std::string& name : m_definition.Dates) {
       AddTime(TakeNumber("--dates", name, "Write all its dates as 2024-03-31."));
     }
-    // The module tests the first date alone for missing values.
-    m_host.RequireValues({m_settings.SurvivalVariables[1]});
+    const int start = m_settings.SurvivalVariables[0];
+    const int end = m_settings.SurvivalVariables[1];
+    if (HoldsDates(start) == HoldsDates(end)) return;
+    Fail(HoldsDates(start) ? Messages::DateWithoutDate(NameOf(start), NameOf(end))
+                           : Messages::DateWithoutDate(NameOf(end), NameOf(start)));
   }
 
   void TakeDateParts() {
-    std::vector<int> untested;
     for (const std::string& name : m_definition.DateParts) {
       AddTime(TakeNumber("--date-parts", name, "Parts of dates are numbers."));
-      if (m_settings.SurvivalVariableCount > 1) {
-        untested.push_back(
-            m_settings.SurvivalVariables[static_cast<std::size_t>(m_settings.SurvivalVariableCount - 1)]);
-      }
     }
-    // As for dates: only the first part is tested for missing values.
-    m_host.RequireValues(untested);
   }
 
   // ---- Codes --------------------------------------------------------------------------------------------------
@@ -162,9 +208,9 @@ class Applier {
       m_applied.Fields.CodeForCensoredResponses = StatusCode("--censored", m_definition.CensoredCode);
       return;
     }
-    const std::vector<double> values = DistinctValues(m_table, variable, 2);
+    const std::vector<double> values = DistinctValues(m_table, variable, 2, m_isSelected);
     const bool isZeroOne = m_table.Variable(variable).Labels.empty() && values == std::vector<double>{0.0, 1.0};
-    if (!isZeroOne) Fail(Messages::CodesNeeded(NameOf(variable), ValuesForMessage(m_table, variable)));
+    if (!isZeroOne) Fail(Messages::CodesNeeded(NameOf(variable), ValuesForMessage(m_table, variable, m_isSelected)));
     m_applied.Fields.CodeForCompleteResponses = 1.0;
     m_applied.Fields.CodeForCensoredResponses = 0.0;
     Note(Messages::StatusCodesTaken(NameOf(variable)));
@@ -173,7 +219,8 @@ class Applier {
   double StatusCode(const std::string& option, const std::string& text) const {
     const int variable = m_settings.CensorVariable;
     const std::optional<double> code = CodeOfText(m_table, variable, text);
-    if (!code) Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable)));
+    if (!code)
+      Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable, m_isSelected)));
     return *code;
   }
 
@@ -183,14 +230,15 @@ class Applier {
                           const std::vector<std::int32_t>& found) const {
     const std::optional<double> code = CodeOfText(m_table, variable, text);
     const bool known = code && std::find(found.begin(), found.end(), *code) != found.end();
-    if (!known) Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable)));
+    if (!known)
+      Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable, m_isSelected)));
     return static_cast<std::int32_t>(*code);
   }
 
   std::vector<std::int32_t> SelectCodes(const std::string& option,
                                         int variable,
                                         const std::vector<std::string>& texts) const {
-    std::vector<std::int32_t> found = FindCodes(option, m_table, variable);
+    std::vector<std::int32_t> found = FindCodes(option, m_table, variable, m_isSelected);
     if (texts.empty()) return found;
     std::vector<std::int32_t> codes;
     for (const std::string& text : texts) {
@@ -270,71 +318,6 @@ class Applier {
     m_settings.StrataCodeCount = {static_cast<std::int16_t>(m_settings.StrataCodes.size())};
   }
 
-  // ---- Design -------------------------------------------------------------------------------------------------
-
-  void ChooseEffects() {
-    BuildDefaultDesign(m_analysis);
-    if (m_definition.Effects.empty()) return;
-    const std::map<std::string, std::string> symbols = m_settings.VariableSymbols;
-    m_settings.DesignEffects.clear();
-    m_settings.EffectSymbols.clear();
-    for (WrittenEffect effect : ParseEffects(m_definition.Effects)) {
-      ResolvePredictors(effect, symbols);
-      const std::string name = EffectName(effect);
-      if (!m_settings.EffectSymbols.emplace(name, TermOf(effect, symbols)).second)
-        Fail(Messages::DuplicateEffect(name));
-      m_settings.DesignEffects.push_back(name);
-      if (!effect.Nesting.empty()) m_settings.HasNestedEffects = 1;
-    }
-    m_settings.FullEffectSymbols.insert(m_settings.EffectSymbols.begin(), m_settings.EffectSymbols.end());
-    DropUnusedPredictors();
-  }
-
-  // Puts the names that the table has in the place of those written, which may be numbers.
-  void ResolvePredictors(WrittenEffect& effect, const std::map<std::string, std::string>& symbols) {
-    std::set<int> factors;
-    for (std::vector<std::string>* names : {&effect.Crossed, &effect.Nesting}) {
-      for (std::string& name : *names) {
-        const int variable = m_table.FindVariable(name);
-        if (variable == 0 || symbols.count(NameOf(variable)) == 0) {
-          std::vector<std::string_view> predictors;
-          for (const auto& entry : symbols) predictors.emplace_back(entry.first);
-          Fail(Messages::EffectNotAPredictor(effect.Text, name, CloseNames(name, predictors, kShownNames)));
-        }
-        const bool isFactor = FactorPlace(m_settings, variable) != m_settings.FactorCount;
-        if (isFactor && !factors.insert(variable).second) {
-          Fail(Messages::FactorTwiceInEffect(effect.Text, NameOf(variable)));
-        }
-        m_used.insert(variable);
-        name = NameOf(variable);
-      }
-    }
-  }
-
-  static std::string TermOf(const WrittenEffect& effect, const std::map<std::string, std::string>& symbols) {
-    const auto join = [&symbols](const std::vector<std::string>& names) {
-      std::vector<std::string> terms;
-      for (const std::string& name : names) terms.push_back(symbols.at(name));
-      return fmt::format("{}", fmt::join(terms, "*"));
-    };
-    const std::string crossed = join(effect.Crossed);
-    return effect.Nesting.empty() ? crossed : fmt::format("{}({})", crossed, join(effect.Nesting));
-  }
-
-  // A predictor outside the design would still make the module leave out cases for its codes.
-  void DropUnusedPredictors() {
-    const auto drop = [this](std::vector<std::int16_t>& variables) {
-      std::erase_if(variables, [this](int variable) {
-        const bool unused = m_used.count(variable) == 0;
-        if (unused) Note(Messages::UnusedPredictor(NameOf(variable)));
-        return unused;
-      });
-    };
-    drop(m_settings.CovariateVariables);
-    drop(m_settings.FactorVariables);
-    CountPredictors();
-  }
-
   // ---- Method -------------------------------------------------------------------------------------------------
 
   void ChooseMethod() {
@@ -346,45 +329,14 @@ class Applier {
     m_applied.Fields.Iterations = m_definition.MaxIterations;
   }
 
-  void ChooseStartValues() {
-    if (m_definition.StartValues.empty()) return;
-    m_settings.UseStartValues = true;
-    m_settings.StartValues = m_definition.StartValues;
-    if (m_definition.FixedCoefficients.empty()) {
-      Note(Messages::StartValuesStandardized());
-      return;
-    }
-    HoldEffects();
-  }
-
-  // The module holds whole effects, so the coefficients named must be all of an effect's or none.
-  void HoldEffects() {
-    const int count = m_analysis.DesignCoefficientCount();
-    const std::set<int> held(m_definition.FixedCoefficients.begin(), m_definition.FixedCoefficients.end());
-    for (const int coefficient : held) {
-      if (coefficient < 1 || coefficient > count) Fail(Messages::FixOutOfRange(coefficient, count));
-    }
-    const CCoxData& design = *m_analysis.m_pCoxData;
-    m_settings.FixedParameterFlags.assign(m_settings.DesignEffects.size(), false);
-    for (std::size_t effect = 0; effect < m_settings.DesignEffects.size(); ++effect) {
-      const int first = design.EffectFirstColumn[effect];
-      const int last = design.EffectLastColumn[effect];
-      const auto named = std::distance(held.lower_bound(first), held.upper_bound(last));
-      if (named == 0) continue;
-      if (named != last - first + 1) Fail(Messages::FixPartOfEffect(m_settings.DesignEffects[effect], first, last));
-      m_settings.FixedParameterFlags[effect] = true;
-    }
-    m_settings.HasFixedParameters = true;
-  }
-
   const AnalysisDefinition& m_definition;
   StandaloneHost& m_host;
   const MemoryTable& m_table;
   CCoxPH& m_analysis;
   CoxSettings& m_settings;
   AppliedDefinition m_applied;
+  std::vector<char> m_isSelected;      // a flag a case; empty when all are selected
   std::map<int, std::string> m_roles;  // variable to the option that took it
-  std::set<int> m_used;                // variables of the written effects
 };
 
 }  // namespace

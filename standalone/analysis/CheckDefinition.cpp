@@ -2,10 +2,12 @@
 
 #include <utility>
 
+#include "core/CoxSettings.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/DefinitionMessages.h"
 #include "standalone/analysis/EffectSyntax.h"
 #include "standalone/analysis/ListSyntax.h"
+#include "standalone/analysis/TimeCovariateSyntax.h"
 
 namespace orv {
 
@@ -15,22 +17,25 @@ namespace Messages = DefinitionMessages;
 
 constexpr std::size_t kDates = 2;
 constexpr std::size_t kDateParts = 6;
+constexpr std::size_t kIntervalEnds = 2;
 
 [[noreturn]] void Fail(const std::string& message) {
   throw DefinitionError(message);
 }
 
 void CheckTimes(const AnalysisDefinition& d) {
-  const std::pair<const char*, bool> forms[] = {
-      {"--time", !d.Time.empty()}, {"--dates", !d.Dates.empty()}, {"--date-parts", !d.DateParts.empty()}};
+  const std::pair<const char*, bool> forms[] = {{"--time", !d.Time.empty()},
+                                                {"--dates", !d.Dates.empty()},
+                                                {"--date-parts", !d.DateParts.empty()},
+                                                {"--interval", !d.Interval.empty()}};
   const char* chosen = nullptr;
   for (const auto& [option, given] : forms) {
     if (given && chosen != nullptr) Fail(Messages::SeveralTimes(chosen, option));
     if (given) chosen = option;
   }
   if (chosen == nullptr) {
-    Fail(
-        Messages::MissingOption("--time", "name the variable with the survival times, or use --dates or --date-parts"));
+    Fail(Messages::MissingOption(
+        "--time", "name the variable with the survival times, or use --dates, --date-parts or --interval"));
   }
   if (!d.Dates.empty() && d.Dates.size() != kDates) {
     Fail(Messages::WrongCount("--dates", kDates, d.Dates.size(), "start and end date"));
@@ -39,6 +44,12 @@ void CheckTimes(const AnalysisDefinition& d) {
     Fail(Messages::WrongCount("--date-parts", kDateParts, d.DateParts.size(),
                               "month, day, year of the start, then of the end"));
   }
+  if (d.Interval.empty()) return;
+  if (d.Interval.size() != kIntervalEnds) {
+    Fail(Messages::WrongCount("--interval", kIntervalEnds, d.Interval.size(), "start and stop"));
+  }
+  if (!d.Entry.empty()) Fail(Messages::EntryWithIntervals());
+  if (!d.TimeCovariates.empty()) Fail(Messages::IntervalsWithTimeCovariates());
 }
 
 void CheckStatus(const AnalysisDefinition& d) {
@@ -61,7 +72,10 @@ void CheckDefinition(const AnalysisDefinition& definition) {
   for (const std::string& text : d.ReferenceCodes) ParseReference("--reference", text);
   if (!d.Effects.empty()) ParseEffects(d.Effects);
   ChoiceValue("--coding", d.Coding, CodingChoices(), 0);
-  ChoiceValue("--ties", d.Ties, TieChoices(), 0);
+  const int ties = ChoiceValue("--ties", d.Ties, TieChoices(), 0);
+  if (!ParseTimeCovariates(d.TimeCovariates).empty() && ties == Likelihoods::Discrete) {
+    Fail(Messages::DiscreteWithTimeCovariates());
+  }
   ChoiceValue("--converge", d.Converge, ConvergenceChoices(), 0);
   if (d.StartValues.empty() && !d.FixedCoefficients.empty()) Fail(Messages::FixWithoutStartValues());
 }

@@ -13,7 +13,8 @@ namespace {
 constexpr std::array kCodings = {Choice{"sigma", Codings::SigmaRestricted}, Choice{"reference", Codings::Reference},
                                  Choice{"overparameterized", Codings::Overparameterized}};
 
-constexpr std::array kTies = {Choice{"breslow", Likelihoods::Breslow}, Choice{"efron", Likelihoods::Efron}};
+constexpr std::array kTies = {Choice{"breslow", Likelihoods::Breslow}, Choice{"efron", Likelihoods::Efron},
+                              Choice{"discrete", Likelihoods::Discrete}};
 
 constexpr std::array kConvergence = {Choice{"gradient", ConvergenceTypes::RelativeGradient},
                                      Choice{"parameter", ConvergenceTypes::RelativeParameter},

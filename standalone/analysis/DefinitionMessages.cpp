@@ -62,6 +62,65 @@ std::string NotADuration(const std::string& variable) {
                      variable);
 }
 
+std::string IntervalOfDates(const std::string& variable) {
+  return fmt::format(
+      "--interval: \"{}\" holds dates. Count the ends of intervals from a common origin, such as days since entry.",
+      variable);
+}
+
+std::string EntryWithIntervals() {
+  return "--entry goes with survival times; with --interval the start of an interval is its entry.";
+}
+
+std::string IntervalsWithTimeCovariates() {
+  return "--time-covariate goes with survival times; with --interval a covariate that changes has its values in the "
+         "rows "
+         "of the intervals.";
+}
+
+std::string DiscreteWithTimeCovariates() {
+  return "--ties discrete is not offered with --time-covariate: use efron or breslow.";
+}
+
+std::string FormulaProblem(const std::string& option, const std::string& problem) {
+  return fmt::format("{}: {}", option, problem);
+}
+
+std::string NoCaseSelected() {
+  return "--where: no case meets the condition.";
+}
+
+std::string NamesDifferByCase(const std::string& covariate) {
+  return fmt::format(
+      "--time-covariate {}: the table has names or texts that differ by case only, which such a formula cannot tell "
+      "apart. "
+      "Write a variable as #3 and a text as the number of its code.",
+      covariate);
+}
+
+std::string TimeCovariatesUnused() {
+  return "--time-covariate: none of them is in an effect of --effects. Add one to an effect, or leave them out.";
+}
+
+std::string DateWithoutDate(const std::string& date, const std::string& other) {
+  return fmt::format("--dates: \"{}\" holds dates and \"{}\" numbers. Both must be dates, or both numbers of days.",
+                     date, other);
+}
+
+std::string TimeCovariateIsVariable(const std::string& name) {
+  return fmt::format("--time-covariate: the table has a variable \"{}\". Give the covariate another name.", name);
+}
+
+std::string TooManyTimeCovariates(std::size_t given, std::size_t limit) {
+  return fmt::format("--time-covariate: {} are given; at most {} are possible.", given, limit);
+}
+
+std::string NestingWithTimeCovariates(const std::string& effect) {
+  return fmt::format(
+      "--effects: \"{}\": nesting is not offered with --time-covariate. A product such as a*b has the same columns.",
+      effect);
+}
+
 std::string UnknownCode(const std::string& option,
                         const std::string& code,
                         const std::string& variable,
@@ -142,7 +201,7 @@ std::string EffectNotAPredictor(const std::string& effect,
                                 const std::vector<std::string>& close) {
   const std::string place = name == effect ? std::string{} : fmt::format("in \"{}\": ", effect);
   const std::string hint = name.find(' ') == std::string::npos ? Closest(close) : " Effects are separated by commas.";
-  return fmt::format("--effects: {}\"{}\" is not among --covariates and --factors.{}", place, name, hint);
+  return fmt::format("--effects: {}\"{}\" is not among the predictors.{}", place, name, hint);
 }
 
 std::string DuplicateEffect(const std::string& effect) {
@@ -162,6 +221,10 @@ std::string FixPartOfEffect(const std::string& effect, int first, int last) {
                      first, last, effect);
 }
 
+std::string FixWithTimeCovariates(const std::string& effect) {
+  return fmt::format("--fix: with --time-covariate only effects without factors can be held, not {}.", effect);
+}
+
 std::string StatusCodesTaken(const std::string& variable) {
   return fmt::format("{}: 1 is taken as an event and 0 as censored.", variable);
 }
@@ -176,9 +239,27 @@ std::string TooFewCodes(const std::string& factor, const std::string& codes) {
 }
 
 std::string EntryHasNoEffect() {
-  return "--entry: with this form of survival time, entry times do not change the risk sets. Cases without one are "
-         "left "
-         "out.";
+  return "--entry: entry times have no effect on risk sets with this form of survival time; for late entry use "
+         "--interval "
+         "ENTRY TIME. Cases without one are left out.";
+}
+
+std::string FormulaWithoutTime(const std::string& name) {
+  return fmt::format("--time-covariate {}: the formula does not read the time, T_.", name);
+}
+
+std::string TooManyFormulaVariables(int given, int limit) {
+  return fmt::format("--time-covariate: the formulas read {} variables; at most {} are possible.", given, limit);
+}
+
+std::string TimeCovariatesAlone() {
+  return "--time-covariate: the analysis needs a covariate besides (--covariates V); one that is in no effect will do.";
+}
+
+std::string StrataWithTimeCovariates() {
+  return "--strata: with --time-covariate the strata cut tied groups only, and every risk set runs across all strata. "
+         "For "
+         "strata with baselines of their own, split the cases into intervals and use --interval.";
 }
 
 std::string StartValuesStandardized() {

@@ -20,6 +20,19 @@ std::string DuplicateRole(const std::string& variable, const std::string& first,
 std::string DuplicateVariable(const std::string& option, const std::string& variable);
 std::string TextVariable(const std::string& option, const std::string& variable, const std::string& hint);
 std::string NotADuration(const std::string& variable);
+std::string IntervalOfDates(const std::string& variable);
+std::string EntryWithIntervals();
+std::string IntervalsWithTimeCovariates();
+std::string DiscreteWithTimeCovariates();
+// `problem` is what the formula's error says, its place first; `option` may name the covariate too.
+std::string FormulaProblem(const std::string& option, const std::string& problem);
+std::string NoCaseSelected();
+std::string NamesDifferByCase(const std::string& covariate);
+std::string TimeCovariatesUnused();
+std::string DateWithoutDate(const std::string& date, const std::string& other);
+std::string TimeCovariateIsVariable(const std::string& name);
+std::string TooManyTimeCovariates(std::size_t given, std::size_t limit);
+std::string NestingWithTimeCovariates(const std::string& effect);
 std::string UnknownCode(const std::string& option,
                         const std::string& code,
                         const std::string& variable,
@@ -47,12 +60,17 @@ std::string DuplicateEffect(const std::string& effect);
 std::string FixWithoutStartValues();
 std::string FixOutOfRange(int coefficient, int count);
 std::string FixPartOfEffect(const std::string& effect, int first, int last);
+std::string FixWithTimeCovariates(const std::string& effect);
 
 // Notes.
 std::string StatusCodesTaken(const std::string& variable);
 std::string UnusedPredictor(const std::string& variable);
 std::string TooFewCodes(const std::string& factor, const std::string& codes);
 std::string EntryHasNoEffect();
+std::string FormulaWithoutTime(const std::string& name);
+std::string TooManyFormulaVariables(int given, int limit);
+std::string TimeCovariatesAlone();
+std::string StrataWithTimeCovariates();
 std::string StartValuesStandardized();
 
 }  // namespace orv::DefinitionMessages

@@ -18,13 +18,21 @@ constexpr int kMostCodes = 500;
 constexpr double kLargestCode = 9999999.0;
 constexpr std::size_t kShownValues = 8;
 
+bool Counts(const std::vector<char>& isSelected, int caseNumber) {
+  return isSelected.empty() || isSelected[static_cast<std::size_t>(caseNumber) - 1] != 0;
+}
+
 }  // namespace
 
-std::vector<double> DistinctValues(const MemoryTable& table, int variable, std::size_t limit) {
+std::vector<double> DistinctValues(const MemoryTable& table,
+                                   int variable,
+                                   std::size_t limit,
+                                   const std::vector<char>& isSelected) {
   std::set<double> values;
   double last = 0.0;
   bool hasLast = false;
   for (int caseNumber = 1; caseNumber <= table.CaseCount() && values.size() <= limit; ++caseNumber) {
+    if (!Counts(isSelected, caseNumber)) continue;
     const double value = table.Value(variable, caseNumber);
     if (hasLast && value == last) continue;  // codes come in runs in many tables
     if (table.IsMissing(variable, caseNumber)) continue;
@@ -35,14 +43,17 @@ std::vector<double> DistinctValues(const MemoryTable& table, int variable, std::
   return {values.begin(), values.end()};
 }
 
-std::vector<std::int32_t> FindCodes(const std::string& option, const MemoryTable& table, int variable) {
+std::vector<std::int32_t> FindCodes(const std::string& option,
+                                    const MemoryTable& table,
+                                    int variable,
+                                    const std::vector<char>& isSelected) {
   const std::string& name = table.Variable(variable).Name;
-  const std::vector<double> values = DistinctValues(table, variable, kMostCodes);
+  const std::vector<double> values = DistinctValues(table, variable, kMostCodes, isSelected);
   std::vector<std::int32_t> codes;
   for (const double value : values) {
     if (value != std::floor(value)) {
       int caseNumber = 1;
-      while (table.Value(variable, caseNumber) != value) ++caseNumber;
+      while (!Counts(isSelected, caseNumber) || table.Value(variable, caseNumber) != value) ++caseNumber;
       throw DefinitionError(
           DefinitionMessages::FractionalCode(option, name, ValueText(table, variable, value), caseNumber));
     }
@@ -52,7 +63,8 @@ std::vector<std::int32_t> FindCodes(const std::string& option, const MemoryTable
     codes.push_back(static_cast<std::int32_t>(value));
   }
   if (codes.size() > kMostCodes) {
-    const std::size_t found = DistinctValues(table, variable, static_cast<std::size_t>(table.CaseCount())).size();
+    const std::size_t found =
+        DistinctValues(table, variable, static_cast<std::size_t>(table.CaseCount()), isSelected).size();
     throw DefinitionError(DefinitionMessages::TooManyCodes(option, name, found, kMostCodes));
   }
   return codes;
@@ -80,8 +92,8 @@ std::string ValueText(const MemoryTable& table, int variable, double value) {
   return label.empty() ? fmt::format("{}", value) : ListItem(label);
 }
 
-std::string ValuesForMessage(const MemoryTable& table, int variable) {
-  const std::vector<double> values = DistinctValues(table, variable, kShownValues);
+std::string ValuesForMessage(const MemoryTable& table, int variable, const std::vector<char>& isSelected) {
+  const std::vector<double> values = DistinctValues(table, variable, kShownValues, isSelected);
   if (values.empty()) return "none, all are missing";
   std::string text;
   for (std::size_t k = 0; k < std::min(values.size(), kShownValues); ++k) {

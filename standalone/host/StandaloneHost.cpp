@@ -5,6 +5,7 @@
 
 #include "host/ModuleInstance.h"
 #include "standalone/documents/DocumentFromSheet.h"
+#include "standalone/formula/HostFormula.h"
 #include "standalone/host/Distributions.h"
 #include "standalone/host/Interrupt.h"
 #include "standalone/host/TerminalProgress.h"
@@ -15,6 +16,7 @@ namespace {
 
 constexpr int kRowNameWidth = 40;
 constexpr std::int16_t kSelected = 0;
+constexpr std::int16_t kDeselected = 1;
 constexpr std::int16_t kRejected = 2;
 
 }  // namespace
@@ -94,6 +96,7 @@ std::int16_t StandaloneHost::cstrtw(int caseNumber,
   hasWeight = m_weights.On ? 1 : 0;
   weight = m_weights.Weight;
   weightVariable = m_weights.Variable;
+  if (!m_isSelected.empty() && m_isSelected[static_cast<std::size_t>(caseNumber) - 1] == 0) return kDeselected;
   return LacksRequiredValue(caseNumber) ? kRejected : kSelected;
 }
 
@@ -158,6 +161,25 @@ int StandaloneHost::AllocMem(void** address, std::size_t size) {
 
 void StandaloneHost::FreeMem(void* address) {
   std::free(address);
+}
+
+const FormulaNames& StandaloneHost::Names() {
+  if (!m_formulaNames) m_formulaNames = FormulaNames::OfTable(m_table);
+  return *m_formulaNames;
+}
+
+void StandaloneHost::GetVarNamFromTable(CAnalysisNamesArray& names) {
+  for (int variable = 1; variable <= m_table.VariableCount(); ++variable) {
+    names.InsertNewStr(m_table.Variable(variable).Name);
+  }
+}
+
+int StandaloneHost::COMP(const char* text, const CAnalysisNamesArray&, CompiledFormulaArea& area) {
+  return CompileHostFormula(text, Names(), area);
+}
+
+int StandaloneHost::RunSpreadsheetFormula(const double* arguments, const unsigned char* instructions, double& result) {
+  return RunHostFormula(arguments, instructions, result);
 }
 
 int StandaloneHost::DefaultRowNameWidth() const {

@@ -4,12 +4,14 @@
 #include <functional>
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "host/Host.h"
 #include "standalone/documents/NameRegistry.h"
 #include "standalone/documents/ResultDocuments.h"
+#include "standalone/formula/FormulaNames.h"
 #include "standalone/tables/MemoryTable.h"
 
 namespace orv {
@@ -25,6 +27,8 @@ class StandaloneHost : public Host {
   // Cases that lack a value of one of these variables are rejected, as if deselected: for variables that the module
   // reads without testing them. They are counted in RejectedAsMissing.
   void RequireValues(std::vector<int> variables) { m_required = std::move(variables); }
+  // Rejects the cases for which the flag is 0; one flag a case, in order. Empty: every case is selected.
+  void SelectCases(std::vector<char> isSelected) { m_isSelected = std::move(isSelected); }
   // The name that the next documents get.
   void SetResultName(std::string name) { m_resultName = std::move(name); }
   // Where messages go besides Messages(), one call a message.
@@ -36,6 +40,8 @@ class StandaloneHost : public Host {
   const std::vector<int>& Required() const { return m_required; }
   const std::vector<int>& RejectedAsMissing() const { return m_rejected; }
   const MemoryTable& Table() const { return m_table; }
+  // The names that a formula may use, made at the first call.
+  const FormulaNames& Names();
 
   void InitCommons(HostCommons& commons) override;
   int ForwardSequence(int fromStage, int toStage) override;
@@ -75,6 +81,11 @@ class StandaloneHost : public Host {
   int GetMem(void** address, std::size_t size) override { return AllocMem(address, size); }
   void FreeMem(void* address) override;
 
+  void GetVarNamFromTable(CAnalysisNamesArray& names) override;
+  // Formulas may name the texts and dates of the table, so its variables count, whatever `names` holds.
+  int COMP(const char* text, const CAnalysisNamesArray& names, CompiledFormulaArea& area) override;
+  int RunSpreadsheetFormula(const double* arguments, const unsigned char* instructions, double& result) override;
+
   bool OutputSwitchedOff() const override { return false; }
   int DefaultRowNameWidth() const override;
   void looka4(const SheetArguments& sheet) override;
@@ -98,6 +109,8 @@ class StandaloneHost : public Host {
   WeightRecord m_weights;
   std::vector<int> m_required;
   std::vector<int> m_rejected;
+  std::vector<char> m_isSelected;
+  std::optional<FormulaNames> m_formulaNames;
   NameRegistry m_names;
   ResultDocuments m_documents;
   std::string m_resultName;

@@ -359,6 +359,51 @@ TEST_F(BuildDesign, ACrossWithATimeDependentCovariateHasTheColumnsOfItsRegularVa
   }
 }
 
+TEST_F(BuildDesign, ANestedEffectTakesASpuriousExpressionWithTimeDependentCovariates) {
+  Settings().Coding = Codings::Overparameterized;
+  const Effects nested = {{"g(f)", "v5(v4)"}};
+  Settings().InputType = InputTypes::TimeDependent;
+  const CCoxData& data = Build(nested);
+  EXPECT_EQ(Levels(data), "1/1 1/2 1/3 2/1 2/2 2/3");
+  for (std::uint32_t column = 0; column < data.DesignColumnCount; ++column) {
+    EXPECT_THAT(data.DesignColumns[column].ExpressionIds, ElementsAre(0));
+  }
+  Settings().InputType = InputTypes::SurvivalTime;
+  const CCoxData& ordinary = Build(nested);
+  EXPECT_EQ(Levels(ordinary), "1/1 1/2 1/3 2/1 2/2 2/3");
+  EXPECT_TRUE(ordinary.DesignColumns[0].ExpressionIds.empty());
+}
+
+TEST_F(BuildDesign, EffectsOfEverySortStandSideBySide) {
+  Settings().InputType = InputTypes::TimeDependent;
+  Settings().Coding = Codings::Reference;
+  const CCoxData& data = Build({{"late", "TIME_EXPRESSION2"},
+                                {"f", "v4"},
+                                {"x*late", "v1*TIME_EXPRESSION2"},
+                                {"f*early*late", "v4*TIME_EXPRESSION1*TIME_EXPRESSION2"},
+                                {"y", "v2"}});
+  EXPECT_EQ(Levels(data), " 1 2 1 1 2 1");
+  EXPECT_EQ(data.EffectFirstColumn, (std::vector<std::int32_t>{1, 2, 4, 5, 7}));
+  EXPECT_EQ(data.EffectLastColumn, (std::vector<std::int32_t>{1, 3, 4, 6, 7}));
+  EXPECT_EQ(data.CoefficientCount, 7U);
+  EXPECT_EQ(data.DesignColumns[0].EffectName, "late");
+  EXPECT_EQ(data.DesignColumns[0].EffectTerm, "TIME_EXPRESSION2");
+  EXPECT_EQ(data.DesignColumns[5].EffectName, "f*early*late");
+  EXPECT_THAT(data.DesignColumns[5].Variables, ElementsAre(4));
+  EXPECT_THAT(data.DesignColumns[5].ExpressionIds, ElementsAre(1, 2));
+}
+
+// Only with time-dependent covariates are the flags kept from effects of several columns.
+TEST_F(BuildDesign, IntervalsHoldEffectsOfSeveralColumns) {
+  m_test.Interval("start", "time");
+  Settings().HasFixedParameters = true;
+  Settings().FixedParameterFlags = {false, true};
+  const CCoxData& data = Build({{"x", "v1"}, {"f", "v4"}});
+  EXPECT_EQ(FixedColumns(data), (Flags{false, true, true}));
+  EXPECT_EQ(data.EffectFixed, (Flags{false, true}));
+  EXPECT_EQ(data.FixedEffectCount, 1U);
+}
+
 TEST_F(BuildDesign, WithTimeDependentCovariatesOnlyEffectsOfOneColumnAreHeld) {
   Settings().InputType = InputTypes::TimeDependent;
   Settings().HasFixedParameters = true;

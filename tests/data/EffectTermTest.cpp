@@ -77,6 +77,11 @@ TEST(ParseTimeEffect, TakesExpressionsApartFromVariables) {
       {"v5*TIME_EXPRESSION2", {5}, {1, -1}, {2}},
       {"v5*v6*TIME_EXPRESSION12", {5, 6}, {1, 1, -1}, {12}},
       {"TIME_EXPRESSION1*TIME_EXPRESSION2", {}, {-1, -1}, {1, 2}},
+      {"v12*v120*TIME_EXPRESSION1*TIME_EXPRESSION40", {12, 120}, {0, 1, -1, -1}, {1, 40}},
+      {"v1*v2*v12*v5*v6*v7*v8*TIME_EXPRESSION9", {1, 2, 12, 5, 6, 7, 8}, {0, 0, 0, 1, 1, 1, 1, -1}, {9}},
+      {"v5*v7(v6)", {5, 7, 6}, {1, 1, 1, -1}, {0}},
+      {"v5(TIME_EXPRESSION1)", {5}, {1, -1, -1}, {1, 0}},
+      {"v5(v6)*v1", {5, 6, 1}, {1, 1, -1, 0}, {0}},
       {"v5(v6)", {5, 6}, {1, 1, -1}, {0}},  // the empty text behind ")" is taken for an expression
       {"v1*", {1}, {0, -1}, {0}},
       {"", {}, {-1}, {0}},

@@ -155,6 +155,29 @@ TEST(EvaluateDesign, AColumnWithoutVariablesIsOneWithOneUpdateACase) {
   EXPECT_DOUBLE_EQ(data.DesignColumns[1].Mean, 2.75);
 }
 
+// The stored value of a column with expressions is the product of its regular variables.
+TEST(EvaluateDesign, ExpressionsDoNotEnterTheStoredValue) {
+  for (const char* const term : {"v1", "v1*v3", "v3", "v3*v4", "v1*v4"}) {
+    for (const int coding : {Codings::SigmaRestricted, Codings::Reference, Codings::Overparameterized}) {
+      TestAnalysis test(Crossed());
+      test.Covariates({"x", "y"}).Factor("f", {1, 2, 3}).Factor("g", {1, 2}).Time({"time"}).Status("status");
+      test.Settings().Coding = static_cast<std::int16_t>(coding);
+      test.Settings().InputType = InputTypes::TimeDependent;
+      test.Settings().TimeExpressionVariables = {test.Number("y")};
+      test.Design({{"effect", std::string(term) + "*TIME_EXPRESSION1"}});
+      const CCoxData& data = ReadData(test);
+      std::vector<std::vector<double>> columns;
+      for (std::uint32_t c = 0; c < data.DesignColumnCount; ++c) {
+        columns.emplace_back();
+        for (const auto& [number, value] : ColumnByCase(data, static_cast<std::int32_t>(c))) {
+          columns.back().push_back(value);
+        }
+      }
+      EXPECT_EQ(columns, Columns(coding, 3, term)) << term << ", coding " << coding;
+    }
+  }
+}
+
 TEST(EvaluateDesign, TimesHaveRunningStatisticsOfTheirOwn) {
   TestAnalysis test(TrialColumns(GoodCases()));
   test.Covariates({"x"}).Time({"time"}).Status("status").DefaultDesign();
@@ -232,6 +255,63 @@ TEST(ReadCase, WritesTheVariablesOfExpressionsBehindTheRest) {
       }
     }
   }
+}
+
+TEST(ReadCase, WritesEveryColumnOfARowWithExpressions) {
+  std::vector<TrialCase> cases = SixCases();
+  cases[4].z = kMissingCode;
+  TestAnalysis test(TrialColumns(cases));
+  test.Covariates({"x"}).Time({"time"}).Status("status").Strata("g", {1, 2}).Weights("w");
+  test.Settings().InputType = InputTypes::TimeDependent;
+  test.Settings().TimeExpressionVariables = {test.Number("z"), test.Number("id")};
+  test.Design({{"late", "TIME_EXPRESSION1"}, {"x*late", "v1*TIME_EXPRESSION1"}});
+  const CCoxData& data = ReadData(test);
+  std::vector<std::vector<double>> rows;
+  for (int row = 1; row <= data.CaseTable.RowCount(); ++row) {
+    const double* cells = data.CaseTable.GetRow(row);
+    rows.emplace_back(cells, cells + data.CaseTable.ColumnCount());
+  }
+  //  late x*late time stratum weight status case z id
+  const std::vector<std::vector<double>> expected = {{1, 1, 30, 1, 1.5, 1, 1, 100, 90},
+                                                     {1, 3, 20, 2, 0.5, 1, 3, 300, 90},
+                                                     {1, 2, 20, 2, 2.5, 0, 2, 200, 80},
+                                                     {1, 6, 50, 2, 4.5, 1, 6, 600, 80}};
+  EXPECT_EQ(rows, expected);
+  EXPECT_EQ(data.TimeVariableColumn, 7);
+  EXPECT_EQ(data.Excluded.Of(Exclusion::Expression), 1);
+}
+
+TEST(ReadCase, WithoutVariablesOfExpressionsThereAreNoColumnsForThem) {
+  TestAnalysis test(TrialColumns(SixCases()));
+  test.Covariates({"x"}).Time({"time"}).Status("status").DefaultDesign();
+  test.Settings().InputType = InputTypes::TimeDependent;
+  const CCoxData& data = ReadData(test);
+  EXPECT_EQ(data.TimeVariableCount, 0U);
+  EXPECT_EQ(data.TimeVariableColumn, -1);
+  EXPECT_EQ(data.CaseTable.ColumnCount(), 5);
+}
+
+TEST(ReadCase, WritesEveryColumnOfARowOfIntervals) {
+  TestAnalysis test(TrialColumns(SixCases()));
+  test.Covariates({"x"}).Factor("f", {1, 2}).Status("status").Interval("entry", "time").DefaultDesign();
+  test.Strata("g", {1, 2}).Weights("w");
+  test.Settings().Coding = Codings::Reference;
+  test.Settings().SubjectVariable = test.Number("id");
+  test.Settings().EntryTimeVariable = test.Number("z");  // has no column beside those of the interval
+  const CCoxData& data = ReadData(test);
+  std::vector<std::vector<double>> rows;
+  for (int row = 1; row <= data.CaseTable.RowCount(); ++row) {
+    const double* cells = data.CaseTable.GetRow(row);
+    rows.emplace_back(cells, cells + data.CaseTable.ColumnCount());
+  }
+  //  x  f  start stop stratum subject weight status case
+  const std::vector<std::vector<double>> expected = {{1, 1, 3, 30, 1, 0, 1.5, 1, 1},
+                                                     {5, 1, 4, 40, 1, 2, 3.5, 1, 5},
+                                                     {3, 1, 1, 20, 2, 0, 0.5, 1, 3},
+                                                     {2, 0, 2, 20, 2, 1, 2.5, 0, 2},
+                                                     {6, 0, 5, 50, 2, 1, 4.5, 1, 6}};
+  EXPECT_EQ(rows, expected);
+  EXPECT_EQ(data.EntryTimeColumn, -1);
 }
 
 TEST(ReadCase, WritesBothEndsOfAnInterval) {

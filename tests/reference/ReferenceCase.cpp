@@ -24,7 +24,11 @@ std::string CodeText(const nlohmann::json& code) {
 
 AnalysisDefinition DefinitionOf(const nlohmann::json& setup, const StoppingRule& rule) {
   AnalysisDefinition definition;
-  definition.Time = setup.at("time");
+  if (setup.at("input_type") == "counting_process") {
+    definition.Interval = {setup.at("start"), setup.at("stop")};
+  } else {
+    definition.Time = setup.at("time");
+  }
   definition.Status = setup.at("status").at("variable");
   definition.EventCode = CodeText(setup.at("status").at("complete"));
   definition.CensoredCode = CodeText(setup.at("status").at("censored"));
@@ -36,6 +40,12 @@ AnalysisDefinition DefinitionOf(const nlohmann::json& setup, const StoppingRule&
     definition.Factors.push_back(name);
     definition.FactorCodes.push_back(fmt::format("{}={}", name, fmt::join(codes, ",")));
     definition.ReferenceCodes.push_back(fmt::format("{}={}", name, CodeText(factor.at("reference"))));
+  }
+  if (setup.contains("time_covariates")) {
+    for (const auto& covariate : setup.at("time_covariates")) {
+      definition.TimeCovariates.push_back(
+          fmt::format("{}={}", covariate.at("name").get<std::string>(), covariate.at("expression").get<std::string>()));
+    }
   }
   definition.Effects = fmt::format("{}", fmt::join(setup.at("effects").get<std::vector<std::string>>(), ", "));
   definition.Coding = setup.at("coding");

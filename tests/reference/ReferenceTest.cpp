@@ -56,6 +56,9 @@ class Reference : public ::testing::TestWithParam<ReferenceCase> {
     EXPECT_GE(digits, leastDigits) << quantity << ": " << value << ", expected " << expected;
   }
 
+  // How far the reference is from its maximum, in standard errors; 0 when it does not say.
+  double ScoreNorm() const { return Content().at("fit").value("score_norm_at_estimate", 0.0); }
+
   void CompareMatrix(const std::string& quantity, const DenseMatrix& matrix, const json& expected) {
     ASSERT_EQ(matrix.size(), expected.size()) << quantity;
     const auto diagonal = [&](std::size_t i) { return expected[i][i].get<double>(); };
@@ -167,12 +170,16 @@ TEST_P(Reference, EstimatesAgree) {
       continue;
     }
     const double se = expected.at("se");
-    // An estimate near 0 is judged by its standard error, of which the reference itself holds about 12 digits.
-    const double size = std::max(std::abs(expected.at("coef").get<double>()), 1e-3 * se);
+    // An estimate near 0 is judged by its standard error, of which the reference itself holds about 12 digits, or as
+    // many as the norm of its score tells.
+    const double exactness = std::max(1e-3, ScoreNorm() * std::pow(10.0, kEstimateDigits));
+    const double size = std::max(std::abs(expected.at("coef").get<double>()), exactness * se);
     Compare("coefficient", coefficient, expected.at("coef"), kEstimateDigits, size);
     Compare("standard error", cells.At("Standard Error", j).value(), se, kEstimateDigits);
     const double chisq = expected.at("chisq");
-    Compare("chi-square", cells.At("Chi-square", j).value(), chisq, kEstimateDigits, std::max(chisq, 1e-3));
+    const double slope = 2.0 * std::sqrt(chisq);  // of (b / se)^2 to b / se
+    const double chisqSize = std::max({chisq, 1e-3, slope * exactness});
+    Compare("chi-square", cells.At("Chi-square", j).value(), chisq, kEstimateDigits, chisqSize);
     const double p = expected.at("p");
     Compare("p value", cells.At("P value", j).value(), p, kPValueDigits, std::max(p, kPValueResolution));
     Compare("lower limit", cells.At("95% Lower CL", j).value(), expected.at("lower"), kEstimateDigits, se);

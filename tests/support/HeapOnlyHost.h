@@ -81,6 +81,11 @@ class HeapOnlyHost : public Host {
   void d_stat(const std::string&) override { Unexpected("d_stat"); }
   void writst(const std::string&) override { Unexpected("writst"); }
   void cupst(const std::string&) override { Unexpected("cupst"); }
+  void GetVarNamFromTable(CAnalysisNamesArray&) override { Unexpected("GetVarNamFromTable"); }
+  int COMP(const char*, const CAnalysisNamesArray&, CompiledFormulaArea&) override { Unexpected("COMP"); }
+  int RunSpreadsheetFormula(const double*, const unsigned char*, double&) override {
+    Unexpected("RunSpreadsheetFormula");
+  }
   bool OutputSwitchedOff() const override { Unexpected("OutputSwitchedOff"); }
   int DefaultRowNameWidth() const override { Unexpected("DefaultRowNameWidth"); }
   void looka4(const SheetArguments&) override { Unexpected("looka4"); }

@@ -1,4 +1,4 @@
-// The partial likelihood of right-censored cases straight from its definition, in long double.
+// The partial likelihood of right-censored cases and of intervals straight from its definition, in long double.
 //
 // Nothing is accumulated from case to case: each event time collects its own risk set, and the information is a sum of
 // weighted covariances about their own means. O(n^2 p^2), for small tests.
@@ -25,6 +25,9 @@ struct ReferenceCase {
   double Weight = 1.0;
   double Stratum = 0.0;
   std::vector<double> X;
+  double Start = -std::numeric_limits<double>::infinity();  // at risk when Start < t <= Time
+
+  bool IsAtRisk(double stratum, double time) const { return Stratum == stratum && Start < time && time <= Time; }
 };
 
 struct ReferenceValue {
@@ -110,7 +113,7 @@ inline ReferenceValue EvaluateReference(const std::vector<ReferenceCase>& cases,
       const Real fraction = efron ? k / events : 0.0L;
       std::vector<WeightedMember> riskSet;
       for (const ReferenceCase& one : cases) {
-        if (one.Stratum != stratum || one.Time < time) continue;
+        if (!one.IsAtRisk(stratum, time)) continue;
         const Real share = isEvent(one) ? 1.0L - fraction : 1.0L;
         riskSet.push_back({&one, share * one.Weight * std::exp(eta(one))});
       }
@@ -169,22 +172,28 @@ inline Real DotReference(const RealVector& a, const RealVector& b) {
 
 // The maximum by Newton steps from zero, each halved until the likelihood does not fall. Close to the maximum, where
 // likelihoods differ by rounding only, the steps are taken as they are.
-inline RealVector MaximizeReference(const std::vector<ReferenceCase>& cases, std::size_t p, bool efron) {
+// `evaluate` gives the ReferenceValue of a vector.
+template <typename Evaluate>
+RealVector MaximizeReference(std::size_t p, const Evaluate& evaluate) {
   RealVector beta(p, 0.0L);
   for (int iteration = 0; iteration < 200; ++iteration) {
-    const ReferenceValue here = EvaluateReference(cases, beta, efron);
+    const ReferenceValue here = evaluate(beta);
     const RealVector step = SolveReference(here.H, here.U);
     const Real gain = DotReference(step, here.U);
     if (gain < 1e-34L) break;
     for (Real length = 1.0L; length > 1e-12L; length *= 0.5L) {
       RealVector trial = beta;
       for (std::size_t j = 0; j < p; ++j) trial[j] += length * step[j];
-      if (gain > 1e-9L && EvaluateReference(cases, trial, efron).L < here.L) continue;
+      if (gain > 1e-9L && evaluate(trial).L < here.L) continue;
       beta = trial;
       break;
     }
   }
   return beta;
+}
+
+inline RealVector MaximizeReference(const std::vector<ReferenceCase>& cases, std::size_t p, bool efron) {
+  return MaximizeReference(p, [&](const RealVector& beta) { return EvaluateReference(cases, beta, efron); });
 }
 
 // The cases of a run as they stand in its table now.
@@ -193,7 +202,8 @@ inline std::vector<ReferenceCase> CasesOf(const CCoxData& data) {
   for (int row = 1; row <= static_cast<int>(data.ValidCaseCount); ++row) {
     const double* cells = data.CaseTable.GetRow(row);
     ReferenceCase one;
-    one.Time = cells[data.SurvivalColumn];
+    one.Time = cells[data.StopColumn >= 0 ? data.StopColumn : data.SurvivalColumn];
+    if (data.StartColumn >= 0) one.Start = cells[data.StartColumn];
     one.Event = cells[data.StatusColumn] == 1.0;
     one.Weight = cells[data.WeightColumn];
     one.Stratum = data.StratumColumn >= 0 ? cells[data.StratumColumn] : 0.0;

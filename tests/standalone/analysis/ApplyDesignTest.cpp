@@ -72,10 +72,10 @@ TEST(ApplyDesign, EffectsThatTheTableDoesNotAllowAreRefused) {
     const char* effects;
     const char* message;
   } const cases[] = {
-      {"age, amr", "--effects: \"amr\" is not among --covariates and --factors. Closest: \"arm\"."},
-      {"age*time", "--effects: in \"age*time\": \"time\" is not among --covariates and --factors."},
-      {"age arm", "--effects: \"age arm\" is not among --covariates and --factors. Effects are separated by commas."},
-      {"age, #2", "--effects: \"#2\" is not among --covariates and --factors."},
+      {"age, amr", "--effects: \"amr\" is not among the predictors. Closest: \"arm\"."},
+      {"age*time", "--effects: in \"age*time\": \"time\" is not among the predictors."},
+      {"age arm", "--effects: \"age arm\" is not among the predictors. Effects are separated by commas."},
+      {"age, #2", "--effects: \"#2\" is not among the predictors."},
       {"age, age", "--effects: \"age\" is named twice."},
       {"age, #3", "--effects: \"age\" is named twice."},
       {"arm*arm", "--effects: the factor \"arm\" stands twice in \"arm*arm\"."},

@@ -81,8 +81,8 @@ TEST(ApplyDefinition, TakesStrataWeightsAndEntry) {
   EXPECT_EQ(withEntry.Settings().EntryTimeVariable, 3);
   EXPECT_THAT(
       withEntry.Result.Notes,
-      Contains("--entry: with this form of survival time, entry times do not change the risk sets. Cases without "
-               "one are left out."));
+      Contains("--entry: entry times have no effect on risk sets with this form of survival time; for late entry use "
+               "--interval ENTRY TIME. Cases without one are left out."));
 }
 
 TEST(ApplyDefinition, RefusesVariablesThatCannotHaveTheirRole) {
@@ -136,7 +136,7 @@ TEST(ApplyDefinition, ListsTheFirstVariablesOfAWideTable) {
 TEST(ApplyDefinition, ChecksTheDefinitionItself) {
   AnalysisDefinition definition = LeastDefinition();
   definition.Ties = "exact";
-  EXPECT_EQ(RefusalOf(definition), "--ties exact: use breslow or efron.");
+  EXPECT_EQ(RefusalOf(definition), "--ties exact: use breslow, efron or discrete.");
 }
 
 TEST(ApplyDefinition, DatesGiveDays) {
@@ -161,6 +161,18 @@ TEST(ApplyDefinition, DatesHaveToBeDatesOrNumbers) {
             "--time: \"ended\" holds dates. Use --dates START END, and the survival time is counted in days.");
   EXPECT_EQ(RefusalOf(Dated(), "begun,ended,died\n2020-01-01,1 March,1\n2020-01-01,2 March,0\n"),
             "--dates: \"ended\" holds texts. Write all its dates as 2024-03-31.");
+}
+
+TEST(ApplyDefinition, ADateIsNoPartnerOfANumber) {
+  AnalysisDefinition definition = Dated();
+  definition.Dates = {"begun", "ed"};
+  EXPECT_EQ(RefusalOf(definition, kDated),
+            "--dates: \"begun\" holds dates and \"ed\" numbers. Both must be dates, or both numbers of days.");
+  definition.Dates = {"bd", "ended"};
+  EXPECT_EQ(RefusalOf(definition, kDated),
+            "--dates: \"ended\" holds dates and \"bd\" numbers. Both must be dates, or both numbers of days.");
+  definition.Dates = {"bd", "ey"};
+  EXPECT_THAT(Applied(definition, kDated).Settings().SurvivalVariables, ElementsAre(4, 8, 0, 0, 0, 0));
 }
 
 TEST(ApplyDefinition, TimesInSeveralVariablesHaveToBeComplete) {

@@ -24,6 +24,14 @@ TEST(CheckDefinition, TakesEveryFormOfSurvivalTime) {
   parts.Time.clear();
   parts.DateParts = {"a", "b", "c", "d", "e", "f"};
   EXPECT_NO_THROW(CheckDefinition(parts));
+  AnalysisDefinition interval = Least();
+  interval.Time.clear();
+  interval.Interval = {"from", "to"};
+  EXPECT_NO_THROW(CheckDefinition(interval));
+  AnalysisDefinition timeDependent = Least();
+  timeDependent.TimeCovariates = {"late=T_", "early=age/T_"};
+  timeDependent.Ties = "efron";
+  EXPECT_NO_THROW(CheckDefinition(timeDependent));
 }
 
 TEST(CheckDefinition, TakesEverythingElseWellFormed) {
@@ -45,7 +53,7 @@ TEST(CheckDefinition, TakesEverythingElseWellFormed) {
 
 TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
   const std::string noTime =
-      "--time is missing: name the variable with the survival times, or use --dates or --date-parts.";
+      "--time is missing: name the variable with the survival times, or use --dates, --date-parts or --interval.";
   struct {
     const char* what;
     std::function<void(AnalysisDefinition&)> change;
@@ -76,6 +84,42 @@ TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
          d.DateParts = {"a", "b", "c", "d", "e", "f", "g"};
        },
        "--date-parts: 6 variables are needed (month, day, year of the start, then of the end), 7 given."},
+      {"three ends of an interval",
+       [](auto& d) {
+         d.Time.clear();
+         d.Interval = {"a", "b", "c"};
+       },
+       "--interval: 2 variables are needed (start and stop), 3 given."},
+      {"dates and an interval",
+       [](auto& d) {
+         d.Time.clear();
+         d.Dates = {"begun", "ended"};
+         d.Interval = {"from", "to"};
+       },
+       "--dates and --interval both define the survival time: give one of them."},
+      {"an interval with an entry time",
+       [](auto& d) {
+         d.Time.clear();
+         d.Interval = {"from", "to"};
+         d.Entry = "begun";
+       },
+       "--entry goes with survival times; with --interval the start of an interval is its entry."},
+      {"an interval with a time-dependent covariate",
+       [](auto& d) {
+         d.Time.clear();
+         d.Interval = {"from", "to"};
+         d.TimeCovariates = {"late=T_"};
+       },
+       "--time-covariate goes with survival times; with --interval a covariate that changes has its values in the rows "
+       "of the intervals."},
+      {"a malformed time-dependent covariate", [](auto& d) { d.TimeCovariates = {"late"}; },
+       "--time-covariate: \"late\" is not of the form NAME=FORMULA, such as late=age*(T_>30)."},
+      {"a time-dependent covariate with the discrete rule",
+       [](auto& d) {
+         d.TimeCovariates = {"late=T_"};
+         d.Ties = "discrete";
+       },
+       "--ties discrete is not offered with --time-covariate: use efron or breslow."},
       {"no status", [](auto& d) { d.Status.clear(); }, "--status is missing: name the censoring indicator."},
       {"an event code alone", [](auto& d) { d.EventCode = "dead"; },
        "--censored is missing: name the code of a censored case."},
@@ -94,7 +138,7 @@ TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
        "--effects: in \"age*\", at the end: expected the name of a covariate or factor."},
       {"a misspelt coding", [](auto& d) { d.Coding = "dummy"; },
        "--coding dummy: use sigma, reference or overparameterized."},
-      {"a misspelt rule for ties", [](auto& d) { d.Ties = "exact"; }, "--ties exact: use breslow or efron."},
+      {"a misspelt rule for ties", [](auto& d) { d.Ties = "exact"; }, "--ties exact: use breslow, efron or discrete."},
       {"a misspelt convergence test", [](auto& d) { d.Converge = "score"; },
        "--converge score: use gradient, parameter, likelihood or absolute."},
       {"coefficients held at nothing", [](auto& d) { d.FixedCoefficients = {1}; },

@@ -18,6 +18,7 @@ TEST(Choices, AreTheSettingsByTheirWords) {
       {CodingChoices(), "overparameterized", Codings::Overparameterized},
       {TieChoices(), "breslow", Likelihoods::Breslow},
       {TieChoices(), "efron", Likelihoods::Efron},
+      {TieChoices(), "discrete", Likelihoods::Discrete},
       {ConvergenceChoices(), "gradient", ConvergenceTypes::RelativeGradient},
       {ConvergenceChoices(), "parameter", ConvergenceTypes::RelativeParameter},
       {ConvergenceChoices(), "likelihood", ConvergenceTypes::RelativeLikelihood},
@@ -36,14 +37,14 @@ TEST(Choices, AnotherWordIsRefusedWithTheList) {
       ChoiceValue("--ties", word, TieChoices(), 0);
       ADD_FAILURE() << "accepted: " << word;
     } catch (const DefinitionError& error) {
-      EXPECT_EQ(error.what(), "--ties " + word + ": use breslow or efron.");
+      EXPECT_EQ(error.what(), "--ties " + word + ": use breslow, efron or discrete.");
     }
   }
 }
 
 TEST(Choices, AreListedInWords) {
   EXPECT_EQ(ChoiceList(CodingChoices()), "sigma, reference or overparameterized");
-  EXPECT_EQ(ChoiceList(TieChoices()), "breslow or efron");
+  EXPECT_EQ(ChoiceList(TieChoices()), "breslow, efron or discrete");
   EXPECT_EQ(ChoiceList({}), "");
 }
 

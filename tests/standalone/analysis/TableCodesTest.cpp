@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <numeric>
 
 #include "standalone/analysis/AnalysisDefinition.h"
@@ -76,6 +77,49 @@ TEST(FindCodes, OtherNumbersAreRefused) {
   }
 }
 
+// ---- Selected cases -----------------------------------------------------------------------------------------------
+
+TEST(DistinctValues, OfSelectedCasesAlone) {
+  const MemoryTable table = TableWith(Numbers({5, 4, kMissingCode, 4, 2, 5}));
+  EXPECT_EQ(DistinctValues(table, 1, 10, {1, 0, 1, 1, 0, 1}), (std::vector<double>{4, 5}));
+  EXPECT_EQ(DistinctValues(table, 1, 10, {0, 0, 1, 0, 1, 0}), (std::vector<double>{2}));
+  EXPECT_TRUE(DistinctValues(table, 1, 10, {0, 0, 0, 0, 0, 0}).empty());
+  EXPECT_EQ(DistinctValues(table, 1, 10, {}), (std::vector<double>{2, 4, 5})) << "without flags every case counts";
+  EXPECT_EQ(DistinctValues(table, 1, 1, {1, 0, 1, 0, 1, 1}), (std::vector<double>{2, 5})) << "one beyond the limit";
+}
+
+TEST(FindCodes, OfSelectedCasesAlone) {
+  const MemoryTable table = TableWith(Numbers({1, 2.5, 3, 1e9, 2.5, 2}));
+  EXPECT_EQ(FindCodes("--factors", table, 1, {1, 0, 1, 0, 0, 1}), (std::vector<std::int32_t>{1, 2, 3}));
+  const auto refusal = [&](const std::vector<char>& isSelected) -> std::string {
+    try {
+      FindCodes("--factors", table, 1, isSelected);
+    } catch (const DefinitionError& error) {
+      return error.what();
+    }
+    return "accepted";
+  };
+  EXPECT_NE(refusal({1, 0, 0, 0, 1, 0}).find("holds 2.5 (case 5)"), std::string::npos) << "the first selected one";
+  EXPECT_NE(refusal({1, 0, 0, 1, 0, 0}).find("beyond the range"), std::string::npos);
+}
+
+TEST(FindCodes, TooManyAreCountedAmongSelectedCases) {
+  std::vector<double> values(1200);
+  std::iota(values.begin(), values.end(), 1.0);
+  std::vector<char> isSelected(1200, 0);
+  std::fill_n(isSelected.begin() + 300, 500, 1);
+  const MemoryTable table = TableWith(Numbers(values));
+  EXPECT_EQ(FindCodes("--factors", table, 1, isSelected).size(), 500U);
+  std::fill_n(isSelected.begin() + 100, 200, 1);
+  try {
+    FindCodes("--factors", table, 1, isSelected);
+    ADD_FAILURE() << "700 codes were accepted";
+  } catch (const DefinitionError& error) {
+    EXPECT_STREQ(error.what(),
+                 "--factors: \"x\" has 700 codes, and at most 500 can be used. Is it a continuous variable?");
+  }
+}
+
 TEST(CodeOfText, IsALabelOrANumber) {
   TableVariable labelled = Numbers({0, 1});
   labelled.Labels = {{0, "alive"}, {1, "2"}};
@@ -112,6 +156,8 @@ TEST(ValuesForMessage, AreTheFirstEight) {
   EXPECT_EQ(ValuesForMessage(TableWith(Numbers({8, 7, 6, 5, 4, 3, 2, 1})), 1), "1, 2, 3, 4, 5, 6, 7, 8");
   EXPECT_EQ(ValuesForMessage(TableWith(Numbers({1, 2, 3, 4, 5, 6, 7, 8, 9, 10})), 1), "1, 2, 3, 4, 5, 6, 7, 8, ...");
   EXPECT_EQ(ValuesForMessage(TableWith(Numbers({kMissingCode})), 1), "none, all are missing");
+  EXPECT_EQ(ValuesForMessage(TableWith(Numbers({3, 1, 2})), 1, {1, 0, 1}), "2, 3");
+  EXPECT_EQ(ValuesForMessage(TableWith(Numbers({3, kMissingCode})), 1, {0, 1}), "none, all are missing");
 }
 
 TEST(ParseNumber, TakesDecimalNumbersAndNothingElse) {

@@ -90,6 +90,30 @@ TEST(StandaloneHostCases, WithoutARequiredValueAreRejectedAndCountedAtTheFirst) 
   EXPECT_THAT(host.RejectedAsMissing(), ElementsAre(1, 1, 0));
 }
 
+TEST(StandaloneHostCases, OutsideTheSelectionAreDeselected) {
+  const MemoryTable table = SampleTable();
+  StandaloneHost host(table);
+  host.SelectCases({1, 0, 1});
+  EXPECT_EQ(FetchedCase(host, 1).Answer, kSelected);
+  const FetchedCase second(host, 2);
+  EXPECT_EQ(second.Answer, 1);
+  EXPECT_THAT(second.Values, ElementsAre(2, 8, -99, 1)) << "a deselected case is filled in all the same";
+  EXPECT_EQ(FetchedCase(host, 3).Answer, kSelected);
+  host.SelectCases({});
+  EXPECT_EQ(FetchedCase(host, 2).Answer, kSelected) << "without flags every case is selected";
+}
+
+TEST(StandaloneHostCases, AreRejectedForWantOfAValueOnlyWhenTheyAreSelected) {
+  const MemoryTable table = SampleTable();
+  StandaloneHost host(table);
+  host.RequireValues({2, 3});  // missing in the second and the third case
+  host.SelectCases({1, 0, 1});
+  EXPECT_EQ(FetchedCase(host, 1).Answer, kSelected);
+  EXPECT_EQ(FetchedCase(host, 2).Answer, 1);
+  EXPECT_EQ(FetchedCase(host, 3).Answer, 2);
+  EXPECT_THAT(host.RejectedAsMissing(), ElementsAre(0, 1));
+}
+
 TEST(StandaloneHostCases, HaveTheirNumberForANameUnlessTheTableNamesThem) {
   MemoryTable table = SampleTable();
   std::string label;
@@ -151,6 +175,78 @@ TEST(StandaloneHostNames, KeysStandForLongNames) {
   EXPECT_EQ(host.ExpandPossible8CharHash(key), "a variable with a long name");
   EXPECT_EQ(host.ExpandPossible8CharHash("age"), "age");
   EXPECT_EQ(host.StripFormatting("<b>age"), "<b>age") << "names of data files carry no marks";
+}
+
+// ---- Formulas -----------------------------------------------------------------------------------------------------
+
+// The room that the module offers for one formula.
+struct FormulaRecord {
+  FormulaRecord() {
+    Area.Instructions = Instructions.data();
+    Area.InstructionBytes = static_cast<int>(Instructions.size());
+    Area.Symbols = Symbols.data();
+    Area.SymbolRoom = static_cast<int>(Symbols.size());
+  }
+  std::vector<std::int16_t> Listed() const { return {Symbols.begin(), Symbols.begin() + Area.SymbolCount}; }
+
+  std::vector<unsigned char> Instructions = std::vector<unsigned char>(32000);
+  std::vector<std::int16_t> Symbols = std::vector<std::int16_t>(50);
+  CompiledFormulaArea Area;
+};
+
+CAnalysisNamesArray NamesOf(StandaloneHost& host) {
+  CAnalysisNamesArray names;
+  host.GetVarNamFromTable(names);
+  return names;
+}
+
+TEST(StandaloneHostFormulas, UseTheNamesOfTheTableInOrder) {
+  const MemoryTable table = SampleTable();
+  StandaloneHost host(table);
+  CAnalysisNamesArray names = NamesOf(host);
+  ASSERT_EQ(names.Count(), 3);
+  EXPECT_EQ(names.Name(1), "time");
+  EXPECT_EQ(names.Name(2), "a variable with a long name");
+  EXPECT_EQ(names.Name(3), "arm");
+  EXPECT_EQ(names.InsertNewStr("T_"), 4);
+  EXPECT_EQ(names.Name(4), "T_");
+  EXPECT_EQ(host.Names().Count(), 3);
+}
+
+TEST(StandaloneHostFormulas, AreCompiledAndRun) {
+  const MemoryTable table = SampleTable();
+  StandaloneHost host(table);
+  CAnalysisNamesArray names = NamesOf(host);
+  names.InsertNewStr("T_");
+  FormulaRecord record;
+  ASSERT_EQ(host.COMP("\x1DTIME*T_ + (ARM = 'PLACEBO');", names, record.Area), 0);
+  EXPECT_EQ(record.Area.ErrorPosition, 0);
+  EXPECT_THAT(record.Listed(), ElementsAre(1, 4, 3));
+  const double placebo[] = {5.0, 3.0, 2.0};
+  const double drug[] = {5.0, 3.0, 1.0};
+  double result = -1.0;
+  EXPECT_EQ(host.RunSpreadsheetFormula(placebo, record.Instructions.data(), result), 0);
+  EXPECT_EQ(result, 16.0);
+  EXPECT_EQ(host.RunSpreadsheetFormula(drug, record.Instructions.data(), result), 0);
+  EXPECT_EQ(result, 15.0);
+}
+
+TEST(StandaloneHostFormulas, ThatAreWrongOrFailAreAnswersNotCrashes) {
+  const MemoryTable table = SampleTable();
+  StandaloneHost host(table);
+  CAnalysisNamesArray names = NamesOf(host);
+  names.InsertNewStr("T_");
+  FormulaRecord record;
+  ASSERT_EQ(host.COMP("\x0ATIME*WHO;", names, record.Area), 0);
+  EXPECT_EQ(record.Area.ErrorPosition, 6);
+  ASSERT_EQ(host.COMP("\x05"
+                      "1/T_;",
+                      names, record.Area),
+            0);
+  ASSERT_EQ(record.Area.ErrorPosition, 0);
+  const double zero = 0.0;
+  double result = 7.0;
+  EXPECT_NE(host.RunSpreadsheetFormula(&zero, record.Instructions.data(), result), 0);
 }
 
 TEST(StandaloneHostMessages, AreKeptAndPassedOn) {

@@ -25,7 +25,7 @@ DiscreteSurvivalPass::DiscreteSurvivalPass(Host& host,
       m_sums(host, static_cast<int>(activeColumns.size()), m_ties.LargestGroup()),
       m_r(host, static_cast<std::size_t>(n) + 1),
       m_H(host, PackedSize(activeColumns.size())) {
-  if (!Failed()) FindOrders();
+  if (!DiscreteSurvivalPass::Failed()) FindOrders();
 }
 
 bool DiscreteSurvivalPass::Failed() const {

@@ -40,6 +40,8 @@ void RegisterDiscreteBenchmarks();
 void RegisterSubsetBenchmarks();
 // timedependent/...: the same with an effect that changes with time.
 void RegisterTimeDependentBenchmarks();
+// derived/...: residuals and what else follows from a fit.
+void RegisterDerivedBenchmarks();
 // fit/...: a table in memory to the fitted model, with the cases read and sorted.
 void RegisterFitBenchmarks();
 

@@ -119,6 +119,7 @@ std::vector<Group> MakeGroups() {
         kSpread,
         kAnswer},
        &kCostOfPair},
+      {"derived", {kCases, ColumnsTitled("p"), kTime, kPerCase, kSpread, kAnswer}, &kCostOfCase},
       {"fit",
        {kCases,
         ColumnsTitled("p"),

@@ -25,6 +25,8 @@ class SurvivalAnalysis {
   CCoxData& ReadCases();
   // From the table in memory to the fitted model. Throws std::runtime_error unless the fit converges.
   CCoxFit& Fit();
+  // The fit of the last call of Fit.
+  CCoxFit& LatestFit() { return *m_analysis.m_pCoxFit; }
   // The pass of a fit over the cases, which must have been read and must outlive it: all design columns, in the scale
   // of the table. Throws std::runtime_error when memory is out.
   std::unique_ptr<PartialLikelihood> MakePass();

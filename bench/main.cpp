@@ -25,12 +25,13 @@ likelihood, score and information at one vector. interval: the same over interva
 pays once before it, the starts sorted. discrete: the same under the discrete likelihood with d events at each time;
 subsets: the sums over the subsets of one risk set by enumeration. timedependent: the same with the covariate
 x1*log(T_+1), whose values the first pass computes and the further ones have kept. fit: the table in memory to the
-fitted model, cases included.
+fitted model, cases and baseline included. derived: one family of residuals from a fit, with those that it needs.
 
 Each case is checked before it is timed. Times are CPU times of the one thread, medians over the runs; the spread is
 the middle half of the runs relative to the median.
   answer       digits to which the result agrees with the definition computed in long double; discrete: that on a small
-               table, and the two forms of input with each other on this one; subsets: with the recursion
+               table, and the two forms of input with each other on this one; subsets: with the recursion; derived:
+               totals with what they must be
   Gmadd/s      1e9 multiply-adds per second: p (p + 1) / 2 + p for each case that enters a risk-set sum or leaves it,
                for each event in a sum over tied events (Efron) and for each event term; exponentials and divisions
                are not counted
@@ -102,6 +103,7 @@ int Run(int argc, char** argv) {
   RegisterSubsetBenchmarks();
   RegisterTimeDependentBenchmarks();
   RegisterFitBenchmarks();
+  RegisterDerivedBenchmarks();
   const MachineSpeed start = MeasureMachine();
   PrintConditions(start);
   RatioReporter reporter(start);

@@ -24,9 +24,7 @@ namespace orv {
 namespace {
 
 // Announced options and commands whose results do not exist in this version.
-constexpr std::array<std::string_view, 12> kNotYetOptions = {
-    "--subject",   "--robust",   "--select",  "--p-enter", "--p-remove",      "--force",
-    "--residuals", "--contrast", "--pattern", "--ci",      "--survivor-type", "--ph-transform"};
+constexpr std::array<std::string_view, 4> kNotYetOptions = {"--select", "--p-enter", "--p-remove", "--force"};
 constexpr std::array<std::string_view, 2> kNotYetCommands = {"run", "convert"};
 
 template <typename Names>

@@ -15,10 +15,12 @@
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
 #include "standalone/analysis/ApplyDefinition.h"
+#include "standalone/analysis/ResultDefinition.h"
 #include "standalone/documents/DocumentFormats.h"
 #include "standalone/documents/WriteFileAtomically.h"
 #include "standalone/host/Interrupt.h"
 #include "standalone/host/StandaloneHost.h"
+#include "ui/CCoxPHResults.h"
 
 namespace orv {
 
@@ -35,22 +37,29 @@ void CheckFolders(const std::vector<OutputTarget>& targets) {
   }
 }
 
-void CreateResults(CCoxPH& analysis, StandaloneHost& host, const FitOptions& options) {
-  const bool hasCoefficients = analysis.m_pCoxData->CoefficientCount > 0;
+// Returns how many results were refused, each with a message.
+int CreateResults(CCoxPH& analysis, CCoxPHResults& results, StandaloneHost& host, const ResolvedResults& resolved) {
+  const double level = resolved.Confidence;
+  int refused = 0;
   const std::map<std::string, std::function<void()>> creators = {
       {"summary", [&] { analysis.CreateSummarySpreadsheet(); }},
-      {"estimates", [&] { analysis.CreateParameterEstimateSpreadsheet(options.Confidence); }},
+      {"estimates", [&] { analysis.CreateParameterEstimateSpreadsheet(level); }},
+      {"type3", [&] { analysis.CreateType3Spreadsheet(level); }},
       {"history", [&] { analysis.CreateIterationHistorySpreadsheet(); }},
       {"design", [&] { analysis.CreateDesignTermsSpreadsheet(); }},
       {"covariance", [&] { analysis.CreateCovarianceSpreadsheet(); }},
       {"correlation", [&] { analysis.CreateCorrelationSpreadsheet(); }},
+      {"contrast", [&] { refused += results.EstimateLinearCombination() != 0 ? 1 : 0; }},
+      {"residuals", [&] { refused += results.CreateResidualTable(); }},
+      {"survivor", [&] { results.CreateSurvivorSummary(); }},
+      {"hazard", [&] { results.CreateCumulativeHazardSummary(); }},
+      {"phtest", [&] { refused += results.TestProportionalHazards(); }},
   };
-  for (const std::string& name : options.Results) {
-    // Without coefficients there is nothing to list but the likelihood.
-    if (!hasCoefficients && name != "summary") continue;
+  for (const std::string& name : resolved.Results) {
     host.SetResultName(name);
     creators.at(name)();
   }
+  return refused;
 }
 
 class FitRun {
@@ -71,6 +80,8 @@ class FitRun {
 
     AppliedDefinition applied = ApplyDefinition(m_options.Definition, host, analysis);
     for (const std::string& note : applied.Notes) Note(note);
+    ResolvedResults resolved;
+    if (!applied.Refused) resolved = ResolveResults(m_options.Results, host, analysis);
     const bool failed = applied.Refused || analysis.RunFromStartup(applied.Fields, nullptr) != 0;
     if (WasInterrupted()) return Cancelled();
     for (const std::string& note : NotesOnRun(analysis, host)) Note(note);
@@ -82,10 +93,14 @@ class FitRun {
       m_err << "orvcox: not enough memory for the fit.\n";
       return ExitCodes::AnalysisFailed;
     }
-    CreateResults(analysis, host, m_options);
+    CCoxPHResults results(analysis);
+    std::vector<std::string> notes;
+    resolved.Results = ApplyResults(resolved, results, notes);
+    for (const std::string& note : notes) Note(note);
+    const int refused = CreateResults(analysis, results, host, resolved);
     if (WasInterrupted()) return Cancelled();
     Write(analysis, host);
-    return ExitCodes::Done;
+    return refused == 0 ? ExitCodes::Done : ExitCodes::AnalysisFailed;
   }
 
  private:

@@ -23,8 +23,7 @@ constexpr int kLargestExponent = 12;
 constexpr double kLowestConfidence = 0.0001;
 constexpr double kHighestConfidence = 0.9999;
 
-const std::vector<std::string> kNotYetResults = {"type3",  "contrast", "steps", "residuals", "survivor",
-                                                 "hazard", "phtest",   "c",     "pmml",      "plots"};
+const std::vector<std::string> kNotYetResults = {"steps", "c", "pmml", "plots"};
 
 const std::vector<std::string> kDefaultResults = {"summary", "estimates"};
 const std::string kAllResults = "all";
@@ -56,6 +55,22 @@ std::string FormatList(std::string_view DocumentFormat::*part) {
   std::vector<std::string_view> texts;
   for (const DocumentFormat& format : DocumentFormats()) texts.push_back(format.*part);
   return fmt::format("{}", fmt::join(texts, " or "));
+}
+
+// Names with commas, with a line break where a line of the help would become too long.
+std::string WrappedList(const std::string& head, const std::vector<std::string>& names, const std::string& tail) {
+  constexpr std::size_t kWidest = 80;
+  std::string text = head;
+  std::size_t lineStart = 0;
+  for (std::size_t k = 0; k < names.size(); ++k) {
+    if (k > 0) text += ", ";
+    if (text.size() - lineStart + names[k].size() > kWidest) {
+      text.back() = '\n';
+      lineStart = text.size();
+    }
+    text += names[k];
+  }
+  return text + tail;
 }
 
 std::optional<int> ParseWholeNumber(const std::string& text) {
@@ -96,6 +111,8 @@ void AddVariables(CLI::App& command, AnalysisDefinition& d) {
       ->type_name("NAME=FORMULA");
   command.add_option("--strata", d.Strata, "Variable whose values have baselines of their own")->type_name("V");
   AddList(command, "--strata-codes", d.StrataCodes, "Selected strata; default: all found")->type_name("C,...");
+  command.add_option("--subject", d.Subject, "Variable whose values are the clusters of the robust variance")
+      ->type_name("V");
   command.add_option("--weights", d.Weights, "Case weights")->type_name("V");
   command.add_option("--where", d.Where, "Condition for the cases, such as \"age >= 18 and arm = 'test'\"")
       ->type_name("FORMULA");
@@ -136,15 +153,38 @@ void AddMethod(CLI::App& command, FitOptions& options) {
       ->type_name("N");
   AddList(command, "--start-values", typed.StartValues, "One start value per coefficient")->type_name("X,...");
   AddList(command, "--fix", typed.Fix, "Coefficients held at their start values, numbered from 1")->type_name("N,...");
+  command.add_flag("--robust", d.Robust, "Robust (sandwich) covariance of the estimates");
   command.add_option("--confidence", typed.Confidence, "Level of confidence limits; default 0.95")->type_name("LEVEL");
 }
 
 void AddOutput(CLI::App& command, FitOptions& options) {
   auto& typed = options.AsTyped;
+  ResultDefinition& results = options.Results;
   AddList(command, "--show", typed.Show,
-          fmt::format("What to write: {},\nor all; default {}", fmt::join(ShowNames(), ", "),
-                      fmt::join(kDefaultResults, ",")))
+          WrappedList("What to write: ", ShowNames(),
+                      fmt::format(",\nor all; default {}", fmt::join(kDefaultResults, ","))))
       ->type_name("NAME,...");
+  AddList(command, "--residuals", results.Residuals,
+          WrappedList("Residuals: ", ResidualNames(), ";\ndefault martingale,deviance"))
+      ->type_name("NAME,...");
+  AddRepeatable(command, "--contrast", results.Contrasts,
+                "Linear function of the coefficients, a number for each (repeatable: tested together)")
+      ->type_name("\"X X X\"");
+  AddRepeatable(command, "--pattern", results.Patterns,
+                "Covariate pattern of survivor and hazard (repeatable); default: means and modal codes")
+      ->type_name("\"V=X, V=X\"");
+  command
+      .add_option("--survivor-type", results.SurvivorType,
+                  "Baseline estimator: " + ChoiceList(SurvivorTypeChoices()) + "; default breslow")
+      ->type_name("NAME");
+  command
+      .add_option("--ci", results.CI,
+                  "Limits of survivor and hazard functions: " + ChoiceList(CIChoices()) + "; default normal")
+      ->type_name("NAME");
+  command
+      .add_option("--ph-transform", results.Transform,
+                  "Time in the test of proportional hazards: " + ChoiceList(TransformChoices()) + "; default identity")
+      ->type_name("NAME");
   AddRepeatable(command, "--output", typed.Outputs,
                 fmt::format("Write to a file ({}) instead of standard output (repeatable)",
                             FormatList(&DocumentFormat::FileEnding)))
@@ -253,22 +293,18 @@ void CompleteOptions(FitOptions& options) {
   d.MaxIterations = CompleteCount("--max-iterations", typed.MaxIterations, kMostIterations, d.MaxIterations);
   d.ToleranceExponent =
       CompleteCount("--tolerance-exponent", typed.ToleranceExponent, kLargestExponent, d.ToleranceExponent);
-  options.Confidence = CompleteConfidence(typed.Confidence, options.Confidence);
+  options.Results.Confidence = CompleteConfidence(typed.Confidence, options.Results.Confidence);
   d.StartValues = CompleteStartValues(typed.StartValues);
   d.FixedCoefficients = CompleteCoefficients(typed.Fix);
-  options.Results = CompleteResults(typed.Show);
+  options.Results.Results = CompleteResults(typed.Show);
+  options.Results.ShowsAll = Holds(typed.Show, kAllResults);
   options.Targets = CompleteTargets(typed.Outputs, options.Table);
   options.StandardFormat = CompleteFormat(typed.Format);
   CheckDefinition(d);
+  CheckResultDefinition(options.Results);
 }
 
 }  // namespace
-
-const std::vector<std::string>& ShowNames() {
-  static const std::vector<std::string> names = {"summary", "estimates",  "history",
-                                                 "design",  "covariance", "correlation"};
-  return names;
-}
 
 CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
   CLI::App* fit = program.add_subcommand("fit", "Fit a Cox model to the cases of a table.");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "standalone/analysis/AnalysisDefinition.h"
+#include "standalone/analysis/ResultDefinition.h"
 #include "standalone/documents/DocumentFormats.h"
 
 namespace orv {
@@ -18,10 +19,9 @@ struct OutputTarget {
 
 // Complete after parsing. The fields "as typed" serve the parsing alone.
 struct FitOptions {
-  std::string Table;              // a file, or "-" for standard input
-  AnalysisDefinition Definition;  // checked as far as that is possible without the table
-  double Confidence = 0.95;
-  std::vector<std::string> Results;                // what to write, in the order of ShowNames
+  std::string Table;                               // a file, or "-" for standard input
+  AnalysisDefinition Definition;                   // checked as far as that is possible without the table
+  ResultDefinition Results;                        // what to write; the names in the order of ShowNames
   std::vector<OutputTarget> Targets;               // files that the results go to instead of standard output
   const DocumentFormat* StandardFormat = nullptr;  // of standard output
   bool Quiet = false;                              // no progress, no notes
@@ -40,8 +40,5 @@ struct FitOptions {
 
 // Declares the command. `options` must outlive `program`. Parsing throws DefinitionError for values that are none.
 CLI::App* AddFitCommand(CLI::App& program, FitOptions& options);
-
-// The names that --show takes, in the order in which results are written.
-const std::vector<std::string>& ShowNames();
 
 }  // namespace orv

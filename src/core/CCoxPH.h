@@ -80,6 +80,8 @@ class CCoxPH : public CAnalysisSupport {
   void CreateSummarySpreadsheet();
   void CreateNoCovariateSummarySpreadsheet();
   void CreateParameterEstimateSpreadsheet(double confidenceLevel);
+  // A test of each effect; evaluates the information at beta = 0 under the overparameterized coding.
+  void CreateType3Spreadsheet(double confidenceLevel);
   void CreateIterationHistorySpreadsheet();
   void CreateDesignTermsSpreadsheet();
   void CreateCovarianceSpreadsheet();

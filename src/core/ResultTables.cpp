@@ -5,6 +5,7 @@
 #include "output/EstimateTable.h"
 #include "output/FitTables.h"
 #include "output/SummaryTables.h"
+#include "output/Type3Table.h"
 
 namespace orv {
 
@@ -18,6 +19,10 @@ void CCoxPH::CreateNoCovariateSummarySpreadsheet() {
 
 void CCoxPH::CreateParameterEstimateSpreadsheet(double confidenceLevel) {
   ShowParameterEstimates(*m_pCoxFit, confidenceLevel);
+}
+
+void CCoxPH::CreateType3Spreadsheet(double confidenceLevel) {
+  ShowType3Tests(*m_pCoxFit, confidenceLevel);
 }
 
 void CCoxPH::CreateIterationHistorySpreadsheet() {

@@ -5,6 +5,7 @@
 #include "fit/CCoxFit.h"
 #include "fit/NumericalFailure.h"
 #include "host/TextIds.h"
+#include "inference/PostFit.h"
 
 namespace orv {
 
@@ -46,6 +47,9 @@ int CCoxPH::RunCoxRegression(void* parent) {
     return 1;
   }
   if (!m_pCoxFit->m_Converged && m_pCoxFit->m_FitStatus == FitStatuses::Failed) return 1;
+  if (m_Settings.InputType == InputTypes::SurvivalTime) PostFitSurvivalTime(*m_pCoxFit);
+  if (m_Settings.InputType == InputTypes::CountingProcess) PostFitCountingProcess(*m_pCoxFit);
+  if (m_Settings.UseRobustVariance) m_pCoxFit->ComputeRobustCovariance();
   return 0;
 }
 

@@ -4,6 +4,7 @@
 
 #include "core/CCoxPH.h"
 #include "data/CCoxData.h"
+#include "fit/CCoxFit.h"
 
 namespace {
 
@@ -19,6 +20,18 @@ orv::CCoxPH* FindAnalysis(const orv::ScriptVariant* dialog) {
 
 orv::CAnalysisSupport* Qvd6NewAnalysis() {
   return new (std::nothrow) orv::CCoxPH(nullptr);
+}
+
+int CheckBreslowFlag(orv::ScriptVariant* dialog) {
+  const orv::CCoxPH* analysis = FindAnalysis(dialog);
+  if (analysis == nullptr) return orv::kNoAnalysis;
+  return analysis->m_pCoxFit && analysis->m_pCoxFit->m_BreslowValid ? 0 : 1;
+}
+
+int CheckKaplanFlag(orv::ScriptVariant* dialog) {
+  const orv::CCoxPH* analysis = FindAnalysis(dialog);
+  if (analysis == nullptr) return orv::kNoAnalysis;
+  return analysis->m_pCoxFit && analysis->m_pCoxFit->m_KaplanMeierValid ? 0 : 1;
 }
 
 int GetNumberOfDesignCoefficients(orv::ScriptVariant* dialog) {

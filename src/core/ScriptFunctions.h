@@ -34,6 +34,11 @@ ORV_EXPORT orv::CAnalysisSupport* Qvd6NewAnalysis();
 // Coefficients of the data of the last run; 0 when there are none.
 ORV_EXPORT int GetNumberOfDesignCoefficients(orv::ScriptVariant* dialog);
 
+// Whether an estimator of the baseline is valid for the fit of the analysis: 0 when it is, 1 when it is not or there is
+// no fit.
+ORV_EXPORT int CheckBreslowFlag(orv::ScriptVariant* dialog);
+ORV_EXPORT int CheckKaplanFlag(orv::ScriptVariant* dialog);
+
 // Factors of the analysis.
 ORV_EXPORT int GetNumberOfFactors(orv::ScriptVariant* dialog);
 

@@ -4,6 +4,7 @@
 #include "core/CCoxPH.h"
 #include "data/AlmostEqual.h"
 #include "data/CCoxData.h"
+#include "data/DesignCell.h"
 #include "data/FactorLevels.h"
 #include "data/JulianDay.h"
 #include "data/RoundHalfAway.h"
@@ -237,11 +238,7 @@ void CCoxData::EvaluateDesign(const double* values, double* row, double weight) 
       } else {
         const auto place = static_cast<std::size_t>(m_FactorPlaceOfVariable[static_cast<std::size_t>(variable)]);
         const int level = m_FactorLevels[place];
-        if (sigma && level == codeCounts[place]) {
-          product *= -1.0;
-        } else if (level != column.LevelIndex[k]) {
-          product = 0.0;
-        }
+        product = TimesFactor(product, level, column.LevelIndex[k], codeCounts[place], sigma);
       }
       // The statistics take every partial product, so a cross counts a case once per variable. The fit centres and
       // scales by these numbers; kept, since histories and start values on the standardised scale depend on it.

@@ -28,6 +28,10 @@ Host& CCoxFit::HostOf() const {
   return Owner().GetHost();
 }
 
+const DenseMatrix& CCoxFit::CovarianceInUse() const {
+  return Settings().UseRobustVariance ? m_RobustCovariance : m_Covariance;
+}
+
 void CCoxFit::ResetResults() {
   m_LogLikHistory.clear();
   m_BetaHistory.clear();

@@ -33,6 +33,12 @@ inline constexpr int Failed = -1;         // numerical failure with nothing to f
 
 using DenseMatrix = std::vector<std::vector<double>>;
 
+// A step function.
+struct BaselineCurve {
+  std::vector<double> Times;
+  std::vector<double> Values;
+};
+
 // What sets one maximisation routine apart from the others within the common frame.
 struct RoutineTraits {
   bool HasCancelQuery = false;           // asks for cancel after each iteration
@@ -111,8 +117,31 @@ class CCoxFit {
   void EvaluateTimeDependent(const double* beta, int efronStep);
 
   CCoxPH& Owner() const;
-  // The covariance that standard errors and tests take.
-  const DenseMatrix& CovarianceInUse() const { return m_Covariance; }
+  // The covariance that standard errors and tests take: the robust one when the options ask for it. Empty when the fit
+  // left none.
+  const DenseMatrix& CovarianceInUse() const;
+
+  // ---- Score tests: one evaluation over all design columns, for input types 1 and 2 (nothing happens for 3) ---------
+  // `beta` has CoefficientCount elements. Fixed parameters take their start values, in `beta` too, and their rows and
+  // columns of m_PackedInformation become 0.
+  void EvaluateScoreAt(double* beta);
+  // The same at the zero vector, but for fixed parameters.
+  void EvaluateScoreAtStart();
+  // The sum over i, j with inModel[i] and inModel[j] of score_i packed(i, j) score_j.
+  //   packed  p(p + 1)/2 values: a generalised inverse of information, lower triangle by rows
+  static double ScoreQuadraticForm(const double* score, const double* packed, const std::vector<bool>& inModel, int p);
+
+  // ---- Robust variance (defined in inference/) -----------------------------------------------------------------
+  // The sandwich estimate into m_RobustCovariance, with the score residuals summed over subjects when there are some.
+  // Source: Lin and Wei, JASA 84 (1989) 1074-1078. Does nothing when the fit left no covariance.
+  void ComputeRobustCovariance();
+  // m_DfBeta = covariance times score residuals; both are computed when absent.
+  void ComputeDfBeta();
+  // b' R^+ b, with R the robust covariance; 0 when memory is out.
+  double RobustWaldStatistic() const;
+  // u' B^+ u, with u the sum and B the sum of squares of the score residuals at beta = 0 by subject or case; 0 when
+  // memory is out. Computes m_NullScoreResiduals when absent.
+  double RobustScoreStatistic();
 
   CCoxData* m_pData = nullptr;          // null after a failure without results
   std::vector<double> m_LogLikHistory;  // log partial likelihood of every vector evaluated, rejected ones too
@@ -134,6 +163,32 @@ class CCoxFit {
   int m_FitStatus = 0;
   std::vector<double> m_PackedInformation;  // lower triangle by rows, all design columns
   std::vector<double> m_ScoreVector;
+
+  // Residuals by sorted row, from 0. A matrix has a vector of all cases for each parameter; it is absent when empty.
+  DenseMatrix m_RobustCovariance;
+  DenseMatrix m_ScoreResiduals;       // at the estimate
+  DenseMatrix m_NullScoreResiduals;   // at beta = 0
+  DenseMatrix m_SchoenfeldResiduals;  // zero for censored cases
+  DenseMatrix m_ScaledSchoenfeldResiduals;
+  DenseMatrix m_DfBeta;
+  std::vector<double> m_LinearPredictor;
+  std::vector<double> m_MartingaleResiduals;
+  std::vector<double> m_DevianceResiduals;  // input type 1
+  std::vector<double> m_StdErrorXBeta;
+  std::vector<double> m_LikelihoodDisplacement;
+  std::vector<double> m_Lmax;
+
+  // The baseline by stratum, in ascending order of stratum codes; one entry without strata. A curve begins with a point
+  // at time 0 and has one more for each event time; the event lists have one element for each event time.
+  std::vector<BaselineCurve> m_BreslowCurves;                        // cumulative hazard at x = 0
+  std::vector<BaselineCurve> m_KaplanMeierCurves;                    // survivor at x = 0
+  std::vector<std::vector<double>> m_EventRiskSums;                  // S0: sum of w exp(x'b) over the risk set
+  std::vector<std::vector<double>> m_EventWeightSums;                // dN: weight of the events
+  std::vector<std::vector<std::vector<double>>> m_EventRiskMoments;  // S1: sum of w exp(x'b) x over the risk set
+  bool m_BreslowValid = true;
+  bool m_KaplanMeierValid = true;
+  int m_RootFindFailed = 0;  // the equation solver of the product-limit baseline failed
+
   std::string m_BestSubsetDelimiter = "**********COXPHBESTSUBSETSMODELDELIMITER**********";
 
  private:

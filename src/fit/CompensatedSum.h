@@ -17,6 +17,8 @@ class CompensatedSum {
     m_sum = sum;
   }
   double Value() const { return m_sum + m_lost; }
+  // What has come in since this sum was `earlier`, exact to its own size and not to that of the sum.
+  double Since(const CompensatedSum& earlier) const { return (m_sum - earlier.m_sum) + (m_lost - earlier.m_lost); }
 
  private:
   double m_sum = 0.0;

@@ -1,4 +1,6 @@
 // The projection on the estimable directions, from the information at beta = 0.
+#include <algorithm>
+
 #include "core/CCoxPH.h"
 #include "fit/CCoxFit.h"
 #include "fit/FloatingPointRegime.h"
@@ -16,9 +18,14 @@ int CCoxFit::ComputeNullProjection(double** info) {
   WorkArray<double> A(HostOf(), order * order);
   WorkArray<double> G(HostOf(), order * order);
   if (A.Failed() || G.Failed()) return 1;
+  // The projection does not depend on the scale of the information, but the absolute bound of the pseudo-inverse does.
+  // On this scale it is 1e-12 of the largest element, as in the factorisation, so that rounding does not count as rank.
+  double largest = 0.0;
+  for (std::size_t j = 0; j < order; ++j) largest = std::max(largest, info[j][j]);
+  const double scale = largest > 0.0 ? 0.01 / largest : 1.0;
   for (std::size_t row = 0; row < order; ++row) {
     for (std::size_t column = row; column < order; ++column) {
-      A[column * order + row] = A[row * order + column] = info[row][column];
+      A[column * order + row] = A[row * order + column] = scale * info[row][column];
     }
   }
   int status = 0;

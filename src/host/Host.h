@@ -11,6 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -54,6 +55,10 @@ class HostDocument {
  public:
   virtual ~HostDocument() = default;
   virtual void SetCustomProperty(const std::string& name, const std::string& text) = 0;
+  // A cell of a sheet as the user left it. Rows and columns count from 0. Empty when the cell is missing or of the
+  // other kind.
+  virtual std::optional<double> NumberAt(int row, int column) const = 0;
+  virtual std::optional<std::string> TextAt(int row, int column) const = 0;
 };
 
 // A finished result sheet, as `looka4` receives it. All arrays belong to the caller and end with the call.
@@ -179,7 +184,7 @@ class Host {
   virtual int DefaultRowNameWidth() const = 0;
   // Takes a finished sheet over.
   virtual void looka4(const SheetArguments& sheet) = 0;
-  // The same for a sheet that the user edits; the document stays the host's.
+  // The same for a sheet that the user edits; the document stays the host's. Null when the user cancelled.
   virtual HostDocument* looka4dlg(const SheetArguments& sheet, void* parent) = 0;
   // The document that the last `looka4` made, null when it made none. Owned by the host.
   virtual HostDocument* LastDocument() = 0;

@@ -14,14 +14,12 @@
 #include "inference/ExponentGuard.h"
 #include "inference/LinearHypothesis.h"
 #include "output/CResultSpreadsheet.h"
+#include "output/SignificanceLevel.h"
 
 namespace orv {
 
 namespace {
 
-constexpr double kDefaultAlpha = 0.05;
-constexpr double kHighestLevel = 0.9999;
-constexpr double kLowestLevel = 0.0001;
 constexpr int kNumericColumns = 9;
 
 // Places of the numeric columns, after the level column when there is one.
@@ -37,8 +35,7 @@ class EstimateTable {
         m_p(static_cast<int>(m_data.CoefficientCount)),
         m_first(HasFactor() ? 1 : 0),
         m_sheet(m_owner.GetHost(), m_p, m_first + kNumericColumns) {
-    const bool usable = confidenceLevel <= kHighestLevel && confidenceLevel >= kLowestLevel;
-    m_alpha = usable ? 1.0 - confidenceLevel : kDefaultAlpha;
+    m_alpha = AlphaOf(confidenceLevel);
     m_z = m_owner.GetHost().NormalQuantile(1.0 - m_alpha / 2.0, 0.0, 1.0);
   }
 
@@ -187,7 +184,7 @@ class EstimateTable {
   const int m_p;
   const int m_first;  // column of the first number
   CResultSpreadsheet m_sheet;
-  double m_alpha = kDefaultAlpha;
+  double m_alpha = 0.0;
   double m_z = 0.0;
   std::vector<bool> m_eligible;
   std::string m_levelText;

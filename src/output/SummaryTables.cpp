@@ -14,6 +14,7 @@ namespace orv {
 namespace {
 
 constexpr int kSummaryRows = 8;
+constexpr int kRobustRows = 2;
 constexpr std::size_t kShortNameLength = 12;
 
 void SetSummaryTitles(const CCoxData& data, CResultSpreadsheet& sheet) {
@@ -62,7 +63,7 @@ void ShowStrata(const CCoxData& data) {
 
 }  // namespace
 
-void ShowSummary(const CCoxFit& fit) {
+void ShowSummary(CCoxFit& fit) {
   const CCoxData& data = *fit.m_pData;
   if (data.CoefficientCount == 0) {
     ShowNoCovariateSummary(fit);
@@ -70,7 +71,8 @@ void ShowSummary(const CCoxFit& fit) {
   }
   if (fit.m_LogLikHistory.empty()) return;
   const GoodnessOfFit goodness = ComputeGoodnessOfFit(fit);
-  CResultSpreadsheet sheet(data.Owner->GetHost(), kSummaryRows, 1);
+  const bool isRobust = data.Owner->m_Settings.UseRobustVariance;
+  CResultSpreadsheet sheet(data.Owner->GetHost(), kSummaryRows + (isRobust ? kRobustRows : 0), 1);
   SetSummaryTitles(data, sheet);
   sheet.SetTitle3(fit.m_Converged ? "Estimation procedure converged." : "Estimation procedure failed to converge.");
   int row = 0;
@@ -86,6 +88,10 @@ void ShowSummary(const CCoxFit& fit) {
   add("Score", goodness.Score);
   add("Likelihood Ratio", goodness.LikelihoodRatio);
   add("Wald", goodness.Wald);
+  if (isRobust) {
+    add("Robust wald", fit.RobustWaldStatistic());
+    add("Robust score", fit.RobustScoreStatistic());
+  }
   ShowWithCounts(data, sheet);
   ShowStrata(data);
 }

@@ -34,6 +34,8 @@ struct AnalysisDefinition {
   std::string Coding;
   std::string Strata;
   std::vector<std::string> StrataCodes;
+  std::string Subject;
+  bool Robust = false;
   std::string Weights;
   std::string Where;  // condition for the cases
   std::string Entry;

@@ -127,7 +127,14 @@ class Applier {
     const bool intervals = m_settings.InputType == InputTypes::CountingProcess;
     const int refused =
         intervals ? CheckIntervalSelection(m_analysis) : CheckSurvivalTimeSelection(m_analysis, previous);
-    m_applied.Refused = refused != 0;
+    m_applied.Refused = refused != 0 || !ChooseSubject();
+  }
+
+  bool ChooseSubject() {
+    m_settings.UseRobustVariance = m_definition.Robust;
+    if (m_definition.Subject.empty()) return true;
+    if (!m_definition.Robust) Note(Messages::SubjectWithoutRobust());
+    return SelectSubjectVariable(m_analysis, Take("--subject", m_definition.Subject)) == 0;
   }
 
   void CountPredictors() {

@@ -77,6 +77,7 @@ void CheckDefinition(const AnalysisDefinition& definition) {
     Fail(Messages::DiscreteWithTimeCovariates());
   }
   ChoiceValue("--converge", d.Converge, ConvergenceChoices(), 0);
+  if (!d.TimeCovariates.empty() && (d.Robust || !d.Subject.empty())) Fail(Messages::RobustWithTimeCovariates());
   if (d.StartValues.empty() && !d.FixedCoefficients.empty()) Fail(Messages::FixWithoutStartValues());
 }
 

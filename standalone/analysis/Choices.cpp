@@ -5,6 +5,7 @@
 #include "core/CoxSettings.h"
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/analysis/DefinitionMessages.h"
+#include "ui/CCoxPHResults.h"
 
 namespace orv {
 
@@ -21,7 +22,30 @@ constexpr std::array kConvergence = {Choice{"gradient", ConvergenceTypes::Relati
                                      Choice{"likelihood", ConvergenceTypes::RelativeLikelihood},
                                      Choice{"absolute", ConvergenceTypes::AbsoluteLikelihood}};
 
+constexpr std::array kSurvivorTypes = {Choice{"breslow", static_cast<int>(SurvivorType::Breslow)},
+                                       Choice{"kaplan-meier", static_cast<int>(SurvivorType::KaplanMeier)}};
+
+constexpr std::array kCITypes = {Choice{"none", kNoLimits}, Choice{"normal", static_cast<int>(SurvivorCIType::Normal)},
+                                 Choice{"log", static_cast<int>(SurvivorCIType::Log)},
+                                 Choice{"loglog", static_cast<int>(SurvivorCIType::LogLog)}};
+
+constexpr std::array kTransforms = {
+    Choice{"identity", static_cast<int>(TimeTransform::Identity)}, Choice{"log", static_cast<int>(TimeTransform::Log)},
+    Choice{"km", static_cast<int>(TimeTransform::KaplanMeier)}, Choice{"rank", static_cast<int>(TimeTransform::Rank)}};
+
 }  // namespace
+
+std::span<const Choice> SurvivorTypeChoices() {
+  return kSurvivorTypes;
+}
+
+std::span<const Choice> CIChoices() {
+  return kCITypes;
+}
+
+std::span<const Choice> TransformChoices() {
+  return kTransforms;
+}
 
 std::span<const Choice> CodingChoices() {
   return kCodings;

@@ -5,6 +5,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 
 namespace orv {
 
@@ -16,6 +17,11 @@ struct Choice {
 std::span<const Choice> CodingChoices();
 std::span<const Choice> TieChoices();
 std::span<const Choice> ConvergenceChoices();
+std::span<const Choice> SurvivorTypeChoices();  // values of SurvivorType
+std::span<const Choice> CIChoices();            // values of SurvivorCIType, or kNoLimits
+std::span<const Choice> TransformChoices();     // values of TimeTransform
+
+inline constexpr int kNoLimits = -1;
 
 // The words as a list for help and messages: "sigma, reference or overparameterized".
 std::string ChoiceList(std::span<const Choice> choices);
@@ -25,5 +31,12 @@ std::int16_t ChoiceValue(const std::string& option,
                          const std::string& word,
                          std::span<const Choice> choices,
                          int fallback);
+template <typename Enumeration>
+requires std::is_enum_v<Enumeration> std::int16_t ChoiceValue(const std::string& option,
+                                                              const std::string& word,
+                                                              std::span<const Choice> choices,
+                                                              Enumeration fallback) {
+  return ChoiceValue(option, word, choices, static_cast<int>(fallback));
+}
 
 }  // namespace orv

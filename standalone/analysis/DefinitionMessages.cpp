@@ -225,6 +225,70 @@ std::string FixWithTimeCovariates(const std::string& effect) {
   return fmt::format("--fix: with --time-covariate only effects without factors can be held, not {}.", effect);
 }
 
+std::string RobustWithTimeCovariates() {
+  return "--robust and --subject are not offered with --time-covariate.";
+}
+
+std::string OptionWithoutResult(const std::string& option, const std::string& result) {
+  return fmt::format("{} says something about a result that is not shown: add {} to --show.", option, result);
+}
+
+std::string ResultWithTimeCovariates(const std::string& result) {
+  return fmt::format("--show {}: not offered with --time-covariate.", result);
+}
+
+std::string ResidualWithIntervals(const std::string& residual) {
+  return fmt::format("--residuals {}: not offered with --interval.", residual);
+}
+
+std::string ContrastMissing() {
+  return "--show contrast: say what to estimate with --contrast \"X X X\", a number for each coefficient.";
+}
+
+std::string ContrastNotANumber(const std::string& contrast, const std::string& word) {
+  if (word.empty()) return fmt::format("--contrast \"{}\": write a number for each coefficient.", contrast);
+  return fmt::format("--contrast \"{}\": \"{}\" is not a number.", contrast, word);
+}
+
+std::string ContrastOfAnotherLength(const std::string& contrast,
+                                    std::size_t given,
+                                    const std::vector<std::string>& coefficients) {
+  if (coefficients.empty()) return fmt::format("--contrast \"{}\": the model has no coefficients.", contrast);
+  const auto counted = [](std::size_t count, const char* noun) {
+    return fmt::format("{} {}{}", count, noun, count == 1 ? "" : "s");
+  };
+  return fmt::format("--contrast \"{}\": {} given, but the model has {}: {}.", contrast, counted(given, "number"),
+                     counted(coefficients.size(), "coefficient"), fmt::join(coefficients, ", "));
+}
+
+std::string PatternNotAPredictor(const std::string& name, const std::vector<std::string>& close) {
+  return fmt::format("--pattern: \"{}\" is no covariate or factor of the model.{}", name, Closest(close));
+}
+
+std::string PatternNotANumber(const std::string& covariate, const std::string& value) {
+  return fmt::format("--pattern: \"{}\" is no number, as the covariate \"{}\" needs.", value, covariate);
+}
+
+std::string PatternCodeUnknown(const std::string& factor, const std::string& code, const std::string& selected) {
+  return fmt::format("--pattern: \"{}\" is not a selected code of \"{}\": {}.", code, factor, selected);
+}
+
+std::string ContrastOfZeros(const std::string& contrast) {
+  return fmt::format("--contrast \"{}\": all its numbers are 0, so there is nothing to test.", contrast);
+}
+
+std::string PatternRefused() {
+  return "--pattern: a value is none of its variable.";
+}
+
+std::string TooManyPatterns(std::size_t given, std::size_t limit) {
+  return fmt::format("--pattern: {} are given; at most {} are possible.", given, limit);
+}
+
+std::string ProductLimitWith(const std::string& option) {
+  return fmt::format("--survivor-type kaplan-meier: not offered with {}.", option);
+}
+
 std::string StatusCodesTaken(const std::string& variable) {
   return fmt::format("{}: 1 is taken as an event and 0 as censored.", variable);
 }
@@ -260,6 +324,27 @@ std::string StrataWithTimeCovariates() {
   return "--strata: with --time-covariate the strata cut tied groups only, and every risk set runs across all strata. "
          "For "
          "strata with baselines of their own, split the cases into intervals and use --interval.";
+}
+
+std::string SubjectWithoutRobust() {
+  return "--subject: subjects count for the robust variance only. Add --robust.";
+}
+
+std::string NoBaseline() {
+  return "there is no baseline, survivor function or martingale residual: the relative risks are out of range. Take "
+         "covariates from a value near their middle, such as year - 2000.";
+}
+
+std::string SummaryAlone() {
+  return "without predictors there is a summary only.";
+}
+
+std::string PatternOutOfRange(const std::string& pattern) {
+  return fmt::format("the pattern {}is out of range, and its tables stay empty.", pattern);
+}
+
+std::string ProductLimitFailed() {
+  return "--survivor-type kaplan-meier: there is no such estimate for these data, so Breslow's is shown.";
 }
 
 std::string StartValuesStandardized() {

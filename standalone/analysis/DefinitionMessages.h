@@ -61,6 +61,23 @@ std::string FixWithoutStartValues();
 std::string FixOutOfRange(int coefficient, int count);
 std::string FixPartOfEffect(const std::string& effect, int first, int last);
 std::string FixWithTimeCovariates(const std::string& effect);
+std::string RobustWithTimeCovariates();
+std::string OptionWithoutResult(const std::string& option, const std::string& result);
+std::string ResultWithTimeCovariates(const std::string& result);
+std::string ResidualWithIntervals(const std::string& residual);
+std::string ContrastMissing();
+// `word` is empty for a contrast without any number.
+std::string ContrastNotANumber(const std::string& contrast, const std::string& word);
+std::string ContrastOfAnotherLength(const std::string& contrast,
+                                    std::size_t given,
+                                    const std::vector<std::string>& coefficients);
+std::string PatternNotAPredictor(const std::string& name, const std::vector<std::string>& close);
+std::string PatternNotANumber(const std::string& covariate, const std::string& value);
+std::string PatternCodeUnknown(const std::string& factor, const std::string& code, const std::string& selected);
+std::string PatternRefused();
+std::string ContrastOfZeros(const std::string& contrast);
+std::string TooManyPatterns(std::size_t given, std::size_t limit);
+std::string ProductLimitWith(const std::string& option);
 
 // Notes.
 std::string StatusCodesTaken(const std::string& variable);
@@ -72,5 +89,10 @@ std::string TooManyFormulaVariables(int given, int limit);
 std::string TimeCovariatesAlone();
 std::string StrataWithTimeCovariates();
 std::string StartValuesStandardized();
+std::string SubjectWithoutRobust();
+std::string ProductLimitFailed();
+std::string NoBaseline();
+std::string SummaryAlone();
+std::string PatternOutOfRange(const std::string& pattern);
 
 }  // namespace orv::DefinitionMessages

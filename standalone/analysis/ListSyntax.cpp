@@ -71,12 +71,11 @@ class ListParser {
   std::string_view m_rest;
 };
 
-CodeAssignment ParseAssignment(const std::string& option, std::string_view text, bool takesList) {
+CodeAssignment ParseAssignment(const std::string& option, std::string_view text, bool takesList, const char* form) {
   ListParser parser(option, text);
   CodeAssignment assignment;
   assignment.Factor = parser.TakeItem("=");
   if (assignment.Factor.empty() || !parser.TakeSign('=') || Trim(parser.Rest()).empty()) {
-    const std::string form = takesList ? "FACTOR=CODE,CODE" : "FACTOR=CODE";
     throw DefinitionError(DefinitionMessages::MalformedAssignment(option, std::string(text), form));
   }
   assignment.Codes = takesList ? parser.TakeList() : std::vector<std::string>{parser.TakeItem({})};
@@ -90,11 +89,15 @@ std::vector<std::string> SplitList(const std::string& option, std::string_view t
 }
 
 CodeAssignment ParseCodes(const std::string& option, std::string_view text) {
-  return ParseAssignment(option, text, true);
+  return ParseAssignment(option, text, true, "FACTOR=CODE,CODE");
 }
 
 CodeAssignment ParseReference(const std::string& option, std::string_view text) {
-  return ParseAssignment(option, text, false);
+  return ParseAssignment(option, text, false, "FACTOR=CODE");
+}
+
+CodeAssignment ParseValue(const std::string& option, std::string_view text) {
+  return ParseAssignment(option, text, false, "V=X");
 }
 
 std::string ListItem(std::string_view item) {

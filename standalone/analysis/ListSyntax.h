@@ -29,6 +29,9 @@ CodeAssignment ParseCodes(const std::string& option, std::string_view text);
 // "F=C": one code, which may hold commas without quotes. Throws DefinitionError for another form.
 CodeAssignment ParseReference(const std::string& option, std::string_view text);
 
+// "V=X": one value of a variable, in the same way. Throws DefinitionError for another form.
+CodeAssignment ParseValue(const std::string& option, std::string_view text);
+
 // An item as a list shows it to a person: in quotes when it holds a comma.
 std::string ListItem(std::string_view item);
 

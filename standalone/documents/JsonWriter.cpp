@@ -102,10 +102,10 @@ struct ContentWriter {
     WriteTexts(Json, "titles", Document.Titles, JsonLayout::Line);
     Json.Key("columns");
     Json.BeginArray(JsonLayout::Lines);
-    for (const SheetColumn& column : sheet.Columns) {
+    for (std::size_t column = 0; column < sheet.Columns.size(); ++column) {
       Json.BeginObject(JsonLayout::Line);
-      WriteMember(Json, "name", column.Title());
-      WriteMember(Json, "type", column.IsText ? "text" : "number");
+      WriteMember(Json, "name", sheet.Heading(column));
+      WriteMember(Json, "type", sheet.Columns[column].IsText ? "text" : "number");
       Json.End();
     }
     Json.End();

@@ -1,5 +1,6 @@
 #include "standalone/documents/ResultDocument.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace orv {
@@ -7,6 +8,14 @@ namespace orv {
 CellKind SheetColumn::KindOfCell(std::size_t row) const {
   if (IsText && !Texts[row].empty()) return CellKind::Text;
   return std::isnan(Numbers[row]) ? CellKind::Missing : CellKind::Number;
+}
+
+std::string SheetContent::Heading(std::size_t column) const {
+  const SheetColumn& headed = Columns[column];
+  const auto shares = [&](const SheetColumn& other) { return &other != &headed && other.Title() == headed.Title(); };
+  const bool isShared = std::any_of(Columns.begin(), Columns.end(), shares);
+  return isShared && !headed.LongName.empty() && !headed.Name.empty() ? headed.LongName + " " + headed.Name
+                                                                      : headed.Title();
 }
 
 }  // namespace orv

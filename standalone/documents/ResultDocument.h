@@ -32,6 +32,9 @@ struct SheetContent {
   std::string ShortName;              // name of the corner cell, above the row names
   std::vector<std::string> RowNames;  // one per row; its size is the number of rows
   std::vector<SheetColumn> Columns;
+
+  // What heads a column, from 0, in a table: its title, with the short name behind where columns share a long name.
+  std::string Heading(std::size_t column) const;
 };
 
 struct TextContent {

@@ -68,13 +68,15 @@ std::vector<std::string> FormatNumbers(const SheetColumn& column) {
   return IsPValueTitle(column.Title()) ? FormatPValueColumn(column.Numbers) : FormatNumberColumn(column.Numbers);
 }
 
-TableColumn NumberTableColumn(const SheetColumn& column) {
-  return {TrimmedPrintable(column.Title()), true, FormatNumbers(column), column.Highlighted};
+TableColumn NumberTableColumn(const SheetColumn& column, const std::string& heading) {
+  return {TrimmedPrintable(heading), true, FormatNumbers(column), column.Highlighted};
 }
 
 // `wholeRowIsHighlighted`: one element per row.
-TableColumn TextTableColumn(const SheetColumn& column, const std::vector<bool>& wholeRowIsHighlighted) {
-  TableColumn result{TrimmedPrintable(column.Title()), false, FormatNumbers(column), column.Highlighted};
+TableColumn TextTableColumn(const SheetColumn& column,
+                            const std::string& heading,
+                            const std::vector<bool>& wholeRowIsHighlighted) {
+  TableColumn result{TrimmedPrintable(heading), false, FormatNumbers(column), column.Highlighted};
   for (std::size_t row = 0; row < result.Texts.size(); ++row) {
     if (column.KindOfCell(row) == CellKind::Text) result.Texts[row] = TrimmedPrintable(column.Texts[row]);
     result.Bold[row] = result.Bold[row] || wholeRowIsHighlighted[row];
@@ -125,8 +127,11 @@ Table MakeTable(const SheetContent& sheet) {
   // A step or stratum in the first column stands for the row names.
   if (table.Repeated == 0 && sheet.Columns.size() > 1) table.Repeated = 1;
 
-  for (const SheetColumn& column : sheet.Columns) {
-    table.Columns.push_back(column.IsText ? TextTableColumn(column, highlighted) : NumberTableColumn(column));
+  for (std::size_t place = 0; place < sheet.Columns.size(); ++place) {
+    const SheetColumn& column = sheet.Columns[place];
+    const std::string heading = sheet.Heading(place);
+    table.Columns.push_back(column.IsText ? TextTableColumn(column, heading, highlighted)
+                                          : NumberTableColumn(column, heading));
   }
   return table;
 }

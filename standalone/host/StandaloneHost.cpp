@@ -39,8 +39,28 @@ class StandaloneHost::DocumentView : public HostDocument {
   void SetCustomProperty(const std::string& name, const std::string& text) override {
     m_document.Properties[name] = text;
   }
+  std::optional<double> NumberAt(int row, int column) const override {
+    const SheetColumn* cells = ColumnAt(row, column);
+    const auto at = static_cast<std::size_t>(row);
+    if (cells == nullptr || cells->KindOfCell(at) != CellKind::Number) return std::nullopt;
+    return cells->Numbers[at];
+  }
+  std::optional<std::string> TextAt(int row, int column) const override {
+    const SheetColumn* cells = ColumnAt(row, column);
+    const auto at = static_cast<std::size_t>(row);
+    if (cells == nullptr || cells->KindOfCell(at) != CellKind::Text) return std::nullopt;
+    return cells->Texts[at];
+  }
 
  private:
+  const SheetColumn* ColumnAt(int row, int column) const {
+    const auto* sheet = std::get_if<SheetContent>(&m_document.Content);
+    if (sheet == nullptr || row < 0 || column < 0) return nullptr;
+    if (static_cast<std::size_t>(column) >= sheet->Columns.size()) return nullptr;
+    return static_cast<std::size_t>(row) < sheet->RowNames.size() ? &sheet->Columns[static_cast<std::size_t>(column)]
+                                                                  : nullptr;
+  }
+
   ResultDocument& m_document;
 };
 
@@ -194,8 +214,11 @@ void StandaloneHost::looka4(const SheetArguments& sheet) {
 }
 
 HostDocument* StandaloneHost::looka4dlg(const SheetArguments& sheet, void*) {
-  looka4(sheet);
-  return LastDocument();
+  if (!m_sheetEditor) return nullptr;
+  m_editedSheet = DocumentFromSheet(sheet, [this](const std::string& text) { return ExpandPossible8CharHash(text); });
+  if (!m_sheetEditor(std::get<SheetContent>(m_editedSheet.Content))) return nullptr;
+  m_editedView = std::make_unique<DocumentView>(m_editedSheet);
+  return m_editedView.get();
 }
 
 HostDocument* StandaloneHost::LastDocument() {

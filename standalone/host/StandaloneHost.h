@@ -24,6 +24,7 @@ class StandaloneHost : public Host {
 
   // Weights the cases by a variable; 0 switches weighting off.
   void SetWeightVariable(int variable);
+  bool IsWeighted() const { return m_weights.On; }
   // Cases that lack a value of one of these variables are rejected, as if deselected: for variables that the module
   // reads without testing them. They are counted in RejectedAsMissing.
   void RequireValues(std::vector<int> variables) { m_required = std::move(variables); }
@@ -31,6 +32,9 @@ class StandaloneHost : public Host {
   void SelectCases(std::vector<char> isSelected) { m_isSelected = std::move(isSelected); }
   // The name that the next documents get.
   void SetResultName(std::string name) { m_resultName = std::move(name); }
+  // What edits a sheet that the module shows in a dialog: it changes cells and returns true, or false to cancel.
+  // Without one such a sheet is cancelled at once.
+  void SetSheetEditor(std::function<bool(SheetContent&)> editor) { m_sheetEditor = std::move(editor); }
   // Where messages go besides Messages(), one call a message.
   void SetMessageSink(std::function<void(const std::string&)> sink) { m_messageSink = std::move(sink); }
 
@@ -105,6 +109,9 @@ class StandaloneHost : public Host {
   std::ostream* m_progress;
   std::unique_ptr<TableView> m_inputTable;
   std::unique_ptr<DocumentView> m_lastDocument;
+  std::function<bool(SheetContent&)> m_sheetEditor;
+  ResultDocument m_editedSheet;  // of the latest dialog
+  std::unique_ptr<DocumentView> m_editedView;
   std::vector<const double*> m_columns;  // the values of each variable, from 0
   WeightRecord m_weights;
   std::vector<int> m_required;

@@ -95,6 +95,36 @@ TEST_F(EstimateTableTest, ContinuousModelHasNineColumns) {
   EXPECT_NEAR(sheet.Value(1, "P value"), 0.317310507862914, 1e-14);
 }
 
+TEST_F(EstimateTableTest, RobustVarianceGivesTheErrorsTestsAndLimits) {
+  analysis.Covariates({"a", "b"}).DefaultDesign();
+  Write({0.5, -1.0}, {0.04, 1.0});
+  analysis.Fit().m_RobustCovariance = {{0.25, 0.0}, {0.0, 0.0}};
+  EXPECT_DOUBLE_EQ(Show().Value(0, "Standard Error"), 0.2) << "it is not in use";
+  analysis.Settings().UseRobustVariance = true;
+  const SheetView sheet = Show();
+  EXPECT_EQ(sheet.ColumnNames(), kNumericNames);
+  EXPECT_EQ(sheet.Value(0, "Parameter Estimate"), 0.5);
+  EXPECT_DOUBLE_EQ(sheet.Value(0, "Standard Error"), 0.5);
+  EXPECT_DOUBLE_EQ(sheet.Value(0, "Chi-square"), 1.0);
+  EXPECT_NEAR(sheet.Value(0, "P value"), 0.317310507862914, 1e-14);
+  EXPECT_NEAR(sheet.Value(0, "95% Lower CL"), 0.5 - kZ95 * 0.5, 1e-15);
+  EXPECT_NEAR(sheet.Value(0, "95% Hazard Ratio Upper CL"), std::exp(0.5 + kZ95 * 0.5), 1e-14);
+  EXPECT_EQ(Filled(sheet, 1), "xx....x..") << "a variance of 0 has no test";
+  EXPECT_EQ(sheet.Value(1, "Standard Error"), 0.0);
+}
+
+// The ratio of a sigma-restricted level is a contrast, which takes the covariance in use too.
+TEST_F(EstimateTableTest, RobustVarianceReachesTheRatiosOfSigmaRestrictedLevels) {
+  analysis.Settings().Coding = Codings::SigmaRestricted;
+  analysis.Factor("h", {10, 20}).DefaultDesign();
+  Write({0.5}, {0.01});
+  analysis.Fit().m_RobustCovariance = {{0.04}};
+  analysis.Settings().UseRobustVariance = true;
+  const SheetView sheet = Show();
+  EXPECT_NEAR(sheet.Value(0, "Hazard Ratio"), std::exp(1.0), 1e-14);
+  EXPECT_NEAR(sheet.Value(0, "95% Hazard Ratio Lower CL"), std::exp(1.0 - kZ95 * 0.4), 1e-14);
+}
+
 TEST_F(EstimateTableTest, HighlightsAllNumbersOfASignificantRow) {
   analysis.Covariates({"a", "b", "c"}).DefaultDesign();
   Write({0.5, -1.0, 800.0}, {0.04, 1.0, 1.0});

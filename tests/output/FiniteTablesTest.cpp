@@ -22,6 +22,7 @@ void ShowAllTables(TestAnalysis& analysis) {
   analysis.Analysis.CreateSummarySpreadsheet();
   analysis.Analysis.CreateNoCovariateSummarySpreadsheet();
   analysis.Analysis.CreateParameterEstimateSpreadsheet(0.95);
+  analysis.Analysis.CreateType3Spreadsheet(0.95);
   analysis.Analysis.CreateIterationHistorySpreadsheet();
   analysis.Analysis.CreateDesignTermsSpreadsheet();
   analysis.Analysis.CreateCovarianceSpreadsheet();

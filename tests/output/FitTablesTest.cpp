@@ -117,6 +117,24 @@ TEST_F(FitTablesTest, CorrelationDividesByTheDeviations) {
   }
 }
 
+TEST_F(FitTablesTest, MatricesAreThoseOfTheRobustVarianceWhenItIsInUse) {
+  analysis.Fit().m_RobustCovariance = {{1.0, 99.0, 99.0}, {1.0, 4.0, 99.0}, {0.0, -3.0, 9.0}};
+  EXPECT_EQ(Covariance().Number(0, 0), 4.0) << "it is not in use";
+  analysis.Settings().UseRobustVariance = true;
+  const SheetView covariance = Covariance();
+  const SheetView correlation = Correlation();
+  const std::vector<std::vector<double>> expected = {{1, 1, 0}, {1, 4, -3}, {0, -3, 9}};
+  const std::vector<std::vector<double>> scaled = {{1, 0.5, 0}, {0.5, 1, -0.5}, {0, -0.5, 1}};
+  for (int i = 0; i < 3; ++i) {
+    for (int j = 0; j < 3; ++j) {
+      EXPECT_EQ(covariance.Number(i, j), expected[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)]) << i << j;
+      ASSERT_TRUE(correlation.Number(i, j)) << i << j;
+      EXPECT_DOUBLE_EQ(*correlation.Number(i, j), scaled[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)])
+          << i << j;
+    }
+  }
+}
+
 TEST_F(FitTablesTest, AliasedColumnsStayWithMissingCells) {
   analysis.Data().DesignColumns[1].Dropped = true;
   for (const SheetView& sheet : {Covariance(), Correlation()}) {

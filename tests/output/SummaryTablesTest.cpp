@@ -129,6 +129,56 @@ TEST_F(SummaryTablesTest, FitWithoutMatricesHasASummary) {
   EXPECT_EQ(sheet.Number(6, 0), 5.0);
 }
 
+// ---- With the robust variance
+// ----------------------------------------------------------------------------------------
+
+TEST_F(SummaryTablesTest, RobustVarianceAddsTwoTests) {
+  TwoCovariates();
+  analysis.Settings().UseRobustVariance = true;
+  ASSERT_EQ(analysis.Run(), 0);
+  const SheetView sheet = Show();
+  EXPECT_EQ(sheet.RowNames(), (Texts{"-2 Log L", "AIC", "SBC", "R2 ", "Global test: All betas = 0", "Score",
+                                     "Likelihood Ratio", "Wald", "Robust wald", "Robust score"}));
+  CCoxFit& fit = analysis.Fit();
+  EXPECT_EQ(sheet.Number(8, 0), fit.RobustWaldStatistic());
+  EXPECT_EQ(sheet.Number(9, 0), fit.RobustScoreStatistic());
+  EXPECT_GT(*sheet.Number(8, 0), 0.0);
+  EXPECT_GT(*sheet.Number(9, 0), 0.0);
+  EXPECT_NE(sheet.Number(8, 0), sheet.Number(7, 0));
+  EXPECT_NE(sheet.Number(9, 0), sheet.Number(5, 0));
+  EXPECT_EQ(sheet.Property("Complete"), "5");
+}
+
+// b'R^-1 b with a covariance written by hand.
+TEST_F(SummaryTablesTest, RobustWaldTakesTheRobustCovariance) {
+  TwoCovariates();
+  analysis.Settings().UseRobustVariance = true;
+  ASSERT_EQ(analysis.Run(), 0);
+  CCoxFit& fit = analysis.Fit();
+  fit.m_BetaHistory.back() = {2.0, -1.0};
+  fit.m_RobustCovariance = {{0.5, 0.0}, {0.0, 0.25}};
+  EXPECT_NEAR(*Show().Number(8, 0), 4.0 / 0.5 + 1.0 / 0.25, 1e-12);
+}
+
+TEST_F(SummaryTablesTest, OtherRowsDoNotDependOnTheRobustVariance) {
+  TwoCovariates();
+  ASSERT_EQ(analysis.Run(), 0);
+  const SheetView usual = Show();
+  TestAnalysis robust(Columns());
+  robust.Time({"time"}).Status("status").Covariates({"a", "b"}).DefaultDesign();
+  robust.Settings().UseRobustVariance = true;
+  ASSERT_EQ(robust.Run(), 0);
+  robust.Analysis.CreateSummarySpreadsheet();
+  const SheetView sheet = LastSheet(robust.Host);
+  for (int row = 0; row < usual.Rows(); ++row) EXPECT_EQ(sheet.Number(row, 0), usual.Number(row, 0)) << row;
+}
+
+TEST_F(SummaryTablesTest, RobustVarianceWithoutCoefficientsHasOneRow) {
+  analysis.Settings().UseRobustVariance = true;
+  ASSERT_EQ(analysis.Run(), 0);
+  EXPECT_EQ(Show().RowNames(), (Texts{"-2 Log L"}));
+}
+
 // ---- Without coefficients -------------------------------------------------------------------------------------------
 
 TEST_F(SummaryTablesTest, WithoutCoefficientsThereIsOneRow) {

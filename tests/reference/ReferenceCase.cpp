@@ -76,7 +76,7 @@ std::vector<ReferenceCase> LoadReferenceCases() {
   return cases;
 }
 
-ReferenceRun RunReferenceCase(const ReferenceCase& reference, const StoppingRule& rule) {
+ReferenceRun RunReferenceCase(const ReferenceCase& reference, const StoppingRule& rule, Variance variance) {
   ReferenceRun run;
   const std::string file = kFolder / reference.Content.at("data_file").get<std::string>();
   run.Table = std::make_unique<MemoryTable>(ReadTable(file));
@@ -91,6 +91,7 @@ ReferenceRun RunReferenceCase(const ReferenceCase& reference, const StoppingRule
   if (setup.contains("subject") && !setup.at("subject").is_null()) {
     EXPECT_EQ(SelectSubjectVariable(*run.Analysis, run.Table->FindVariable(setup.at("subject").get<std::string>())), 0);
   }
+  run.Analysis->m_Settings.UseRobustVariance = variance == Variance::Robust;
   EXPECT_EQ(run.Analysis->RunFromStartup(applied.Fields, nullptr), 0);
   return run;
 }

@@ -43,7 +43,12 @@ struct ReferenceRun {
   std::unique_ptr<CCoxPH> Analysis;
 };
 
+// The reference compares estimates with their usual covariance, also where a case has robust quantities.
+enum class Variance { Model, Robust };
+
 // Runs the analysis of a case as the command line would. Fails the test when the run fails.
-ReferenceRun RunReferenceCase(const ReferenceCase& reference, const StoppingRule& rule);
+ReferenceRun RunReferenceCase(const ReferenceCase& reference,
+                              const StoppingRule& rule,
+                              Variance variance = Variance::Model);
 
 }  // namespace orv::testing

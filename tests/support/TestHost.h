@@ -85,6 +85,8 @@ class TestHost : public StandaloneHost {
 
   std::vector<BarRecord> Bars;
   std::vector<RawSheet> Sheets;
+  std::vector<RawSheet> DialogSheets;  // as they were shown, before anyone edited them
+  void* DialogParent = nullptr;        // of the last of them
   std::vector<int> ErrorHandlerModes;
   // Messages, closed bars and error handler calls in the order in which they came.
   std::vector<std::string> Events;
@@ -176,6 +178,11 @@ class TestHost : public StandaloneHost {
   void looka4(const SheetArguments& sheet) override {
     Sheets.push_back(Copy(sheet));
     StandaloneHost::looka4(sheet);
+  }
+  HostDocument* looka4dlg(const SheetArguments& sheet, void* parent) override {
+    DialogSheets.push_back(Copy(sheet));
+    DialogParent = parent;
+    return StandaloneHost::looka4dlg(sheet, parent);
   }
   HostDocument* LastDocument() override { return KeepsDocuments ? StandaloneHost::LastDocument() : nullptr; }
 

@@ -11,7 +11,9 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::Not;
 
 constexpr const char* kDated =
     "begun,ended,bm,bd,by,em,ed,ey,died,dose\n"
@@ -85,6 +87,31 @@ TEST(ApplyDefinition, TakesStrataWeightsAndEntry) {
                "--interval ENTRY TIME. Cases without one are left out."));
 }
 
+TEST(ApplyDefinition, TakesTheRobustVarianceAndItsSubjects) {
+  AnalysisDefinition definition = LeastDefinition();
+  EXPECT_FALSE(Applied(definition).Settings().UseRobustVariance);
+  definition.Covariates = {"age"};
+  definition.Robust = true;
+  const Applied alone(definition);
+  EXPECT_TRUE(alone.Settings().UseRobustVariance);
+  EXPECT_EQ(alone.Settings().SubjectVariableCount, 0) << "each case is a subject of its own";
+  EXPECT_THAT(alone.Result.Notes, Not(Contains(HasSubstr("--subject"))));
+  definition.Subject = "site";
+  const Applied withSubjects(definition);
+  EXPECT_EQ(withSubjects.Settings().SubjectVariable, 5);
+  EXPECT_EQ(withSubjects.Settings().SubjectVariableCount, 1);
+  EXPECT_FALSE(withSubjects.Result.Refused);
+  EXPECT_THAT(withSubjects.Result.Notes, Not(Contains(HasSubstr("--subject"))));
+}
+
+TEST(ApplyDefinition, TellsThatSubjectsAloneDoNothing) {
+  AnalysisDefinition definition = LeastDefinition();
+  definition.Subject = "site";
+  const Applied applied(definition);
+  EXPECT_FALSE(applied.Settings().UseRobustVariance);
+  EXPECT_THAT(applied.Result.Notes, Contains("--subject: subjects count for the robust variance only. Add --robust."));
+}
+
 TEST(ApplyDefinition, RefusesVariablesThatCannotHaveTheirRole) {
   struct {
     const char* what;
@@ -112,6 +139,33 @@ TEST(ApplyDefinition, RefusesVariablesThatCannotHaveTheirRole) {
          d.Strata = "#3";
        },
        "--strata: \"age\" is already used by --covariates. A variable has one role."},
+      {"a predictor as subject",
+       [](auto& d) {
+         d.Covariates = {"age"};
+         d.Robust = true;
+         d.Subject = "age";
+       },
+       "--subject: \"age\" is already used by --covariates. A variable has one role."},
+      {"unknown subject",
+       [](auto& d) {
+         d.Robust = true;
+         d.Subject = "sit";
+       },
+       "--subject: no variable \"sit\" in trial.csv. Closest: \"site\"."},
+      {"robust variance with time covariates",
+       [](auto& d) {
+         d.Covariates = {"age"};
+         d.TimeCovariates = {"late=age*T_"};
+         d.Robust = true;
+       },
+       "--robust and --subject are not offered with --time-covariate."},
+      {"subjects with time covariates",
+       [](auto& d) {
+         d.Covariates = {"age"};
+         d.TimeCovariates = {"late=age*T_"};
+         d.Subject = "site";
+       },
+       "--robust and --subject are not offered with --time-covariate."},
       {"twice in one role",
        [](auto& d) {
          d.Factors = {"arm", "#4"};

@@ -7,6 +7,18 @@
 namespace orv {
 namespace {
 
+TEST(SheetContent, ColumnsThatShareALongNameShowTheirShortOnesToo) {
+  SheetContent sheet;
+  for (const auto& [name, longName] : {std::pair{"Exp", ""}, {"Lower", "Exp"}, {"Upper", "Exp"}, {"df", ""}}) {
+    SheetColumn column;
+    column.Name = name;
+    column.LongName = longName;
+    sheet.Columns.push_back(column);
+  }
+  const char* const expected[] = {"Exp", "Exp Lower", "Exp Upper", "df"};
+  for (std::size_t k = 0; k < sheet.Columns.size(); ++k) EXPECT_EQ(sheet.Heading(k), expected[k]);
+}
+
 TEST(SheetColumn, IsHeadedByItsLongNameWhenItHasOne) {
   SheetColumn column;
   column.Name = "P value";

@@ -332,14 +332,27 @@ TEST(StandaloneHostDocuments, AreNamedByTheirResultWithLongNames) {
   EXPECT_TRUE(host.Documents()[1].Properties.empty());
 }
 
-TEST(StandaloneHostDocuments, OfADialogAreTheLastDocument) {
+TEST(StandaloneHostDocuments, OfADialogAreEditedAndNoOutput) {
   const MemoryTable table = SampleTable();
   StandaloneHost host(table);
   const double cell = 1.0;
   const std::string column = std::string("age").append(5, '\0');
-  HostDocument* document = host.looka4dlg(SheetOf(cell, column, column), nullptr);
+  EXPECT_EQ(host.looka4dlg(SheetOf(cell, column, column), nullptr), nullptr) << "nobody edits";
+  host.SetSheetEditor([](SheetContent& sheet) {
+    sheet.Columns.at(0).Numbers.at(0) = 7.0;
+    return true;
+  });
+  const HostDocument* document = host.looka4dlg(SheetOf(cell, column, column), nullptr);
   ASSERT_NE(document, nullptr);
-  EXPECT_EQ(document, host.LastDocument());
+  EXPECT_EQ(document->NumberAt(0, 0), 7.0);
+  EXPECT_EQ(document->TextAt(0, 0), std::nullopt);
+  for (const auto& [row, col] : {std::pair{1, 0}, {0, 1}, {-1, 0}, {0, -1}}) {
+    EXPECT_EQ(document->NumberAt(row, col), std::nullopt) << row << ", " << col;
+  }
+  EXPECT_EQ(host.LastDocument(), nullptr);
+  EXPECT_TRUE(host.Documents().IsEmpty());
+  host.SetSheetEditor([](SheetContent&) { return false; });
+  EXPECT_EQ(host.looka4dlg(SheetOf(cell, column, column), nullptr), nullptr) << "cancelled";
   EXPECT_FALSE(host.OutputSwitchedOff());
   EXPECT_GT(host.DefaultRowNameWidth(), 0);
 }

@@ -34,11 +34,7 @@ double RightCensoredPass::Evaluate(const double* beta, double* U, double** H) {
     const double eta = atZero ? 0.0 : LinearPredictor(x, beta, p);
     const double wr = atZero ? weight : weight * std::exp(eta);
     m_sums.Join(x, wr);
-    if (cells[m_columns.Status] == 1.0) {
-      L.Add(eta * weight);
-      for (int j = 0; j < p; ++j) U[j] += x[j] * weight;
-      m_sums.AddEvent(x, wr);
-    }
+    if (cells[m_columns.Status] == 1.0) m_sums.AddEvent(x, wr, eta, weight, L, U);
     if (m_ties.Deaths(row) > 0.0) m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), atZero, L, U);
   }
   m_sums.CopyInformation(H);

@@ -53,6 +53,12 @@ void RiskSums::AddEvent(const double* x, double wr) {
   if (m_efronStep != 0) AddWeighted(m_E1.Data(), m_E2.Data(), x, wr, m_p);
 }
 
+void RiskSums::AddEvent(const double* x, double wr, double eta, double weight, CompensatedSum& L, double* U) {
+  L.Add(eta * weight);
+  for (int j = 0; j < m_p; ++j) U[j] += x[j] * weight;
+  AddEvent(x, wr);
+}
+
 void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, CompensatedSum& L, double* U) {
   EventTerm term{m_S1.Data(), m_S2.Data(), m_E1.Data(), m_E2.Data()};
   term.Weight = meanWeight;

@@ -31,6 +31,8 @@ class RiskSums {
   void Leave(const double* x, double wr);
   // A row of the risk set is an event of the open group.
   void AddEvent(const double* x, double wr);
+  // The same, with what the event brings into likelihood and score: eta times its weight, and x times its weight.
+  void AddEvent(const double* x, double wr, double eta, double weight, CompensatedSum& L, double* U);
   // Closes the open group. `atZero`: the pass runs at the zero vector.
   void CloseGroup(double events, double meanWeight, bool atZero, CompensatedSum& L, double* U);
 

@@ -47,7 +47,6 @@ void IntervalGroups::SumRiskSets(const std::vector<double>& risks, Moments momen
   m_p = moments == Moments::First ? m_data.CoefficientCount : 0;
   m_S1.resize(m_groups.size() * m_p);
   m_T.assign(m_groups.size() * m_p, 0.0);
-  for (const IntervalGroup& group : m_groups) m_times.push_back(group.Time);
   IntervalSums sums(m_data, m_stratum, risks, m_p);
   for (std::size_t k = m_groups.size(); k-- > 0;) {
     IntervalGroup& group = m_groups[k];
@@ -62,16 +61,23 @@ void IntervalGroups::SumRiskSets(const std::vector<double>& risks, Moments momen
       for (std::size_t j = 0; j < m_p; ++j) T[j] += e * cells[j];
     }
   }
+  FindSpans(sums.ByStart());
 }
 
-IntervalGroups::Span IntervalGroups::SpanOf(int row) const {
-  const double start = m_data.CaseTable.GetRow(row)[m_data.StartColumn];
-  const auto isBelowRow = [](int at, const IntervalGroup& group) { return at < group.FirstRow; };
-  const auto begin = std::upper_bound(m_times.begin(), m_times.end(), start);
-  const auto end = std::upper_bound(m_groups.begin(), m_groups.end(), row, isBelowRow);
-  const auto atBegin = static_cast<std::size_t>(begin - m_times.begin());
-  const auto atEnd = static_cast<std::size_t>(end - m_groups.begin());
-  return {std::min(atBegin, atEnd), atEnd};
+void IntervalGroups::FindSpans(const std::vector<int>& byStart) {
+  m_spans.resize(byStart.size());
+  const auto spanOf = [this](int row) -> Span& { return m_spans[static_cast<std::size_t>(row - m_stratum.First)]; };
+  std::size_t groups = 0;
+  for (int row = m_stratum.First; row <= m_stratum.Last; ++row) {
+    while (groups < m_groups.size() && m_groups[groups].FirstRow <= row) ++groups;
+    spanOf(row).End = groups;
+  }
+  groups = m_groups.size();
+  for (const int row : byStart) {
+    const double start = m_data.CaseTable.GetRow(row)[m_data.StartColumn];
+    while (groups > 0 && m_groups[groups - 1].Time > start) --groups;
+    spanOf(row).Begin = std::min(groups, spanOf(row).End);
+  }
 }
 
 }  // namespace orv

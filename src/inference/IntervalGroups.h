@@ -46,18 +46,20 @@ class IntervalGroups {
     std::size_t Begin = 0;
     std::size_t End = 0;
   };
-  Span SpanOf(int row) const;
+  const Span& SpanOf(int row) const { return m_spans[static_cast<std::size_t>(row - m_stratum.First)]; }
 
  private:
   void FindGroups(const std::vector<double>& risks);
   void SumRiskSets(const std::vector<double>& risks, Moments moments);
+  // From the rows in the order of their starts, the latest first.
+  void FindSpans(const std::vector<int>& byStart);
 
   const CCoxData& m_data;
   const StratumRows m_stratum;
   const Ties m_ties;
   std::size_t m_p = 0;  // columns of the moments
   std::vector<IntervalGroup> m_groups;
-  std::vector<double> m_times;  // of the groups, by themselves for the search
+  std::vector<Span> m_spans;  // of the rows of the stratum
   std::vector<double> m_S1;
   std::vector<double> m_T;
 };

@@ -22,6 +22,8 @@ class IntervalSums {
   // rows from `row` to the end of the stratum whose start lies below the stop of `row`.
   void WalkTo(int row);
 
+  // The rows in the order in which the walk loses them: from the latest start to the earliest.
+  const std::vector<int>& ByStart() const { return m_byStart; }
   double S0() const { return m_S0.Value(); }
   const std::vector<double>& S1() const { return m_S1; }
 
@@ -29,15 +31,16 @@ class IntervalSums {
   double Start(int row) const;
   double Stop(int row) const;
   void Add(int row, double sign);
+  void FetchAhead() const;
   void RemoveLeavers(double time);
   void RestoreDigits(double time);
 
   const CCoxData& m_data;
   const StratumRows m_stratum;
   const std::vector<double>& m_risks;
-  std::vector<int> m_byStart;  // the rows in the order in which the walk loses them
-  std::size_t m_left = 0;      // so many have left
-  int m_next;                  // the next row to join
+  std::vector<int> m_byStart;
+  std::size_t m_left = 0;  // so many have left
+  int m_next;              // the next row to join
   int m_atRisk = 0;
   CompensatedSum m_S0;
   std::vector<double> m_S1;

@@ -141,7 +141,7 @@ void ComputeCountingMartingaleResiduals(CCoxFit& fit) {
     for (int row = stratum.First; row <= stratum.Last; ++row) {
       const double* cells = data.CaseTable.GetRow(row);
       const double delta = cells[data.StatusColumn];
-      const IntervalGroups::Span span = groups.SpanOf(row);
+      const IntervalGroups::Span& span = groups.SpanOf(row);
       double steps = hazard[span.End].Since(hazard[span.Begin]);
       if (delta == 1.0) steps += ofEvents[span.End - 1];
       M[static_cast<std::size_t>(row) - 1] = delta - risks[static_cast<std::size_t>(row) - 1] * steps;

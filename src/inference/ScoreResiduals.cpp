@@ -114,6 +114,8 @@ struct RunningShares {
   std::vector<CompensatedSum> A;
 };
 
+constexpr int kRowsAhead = 8;
+
 // What a row at risk has lost after so many groups: the sums of A, one for each parameter, and the sum of H behind
 // them.
 class ShareHistory {
@@ -131,6 +133,13 @@ class ShareHistory {
     }
   }
   const CompensatedSum* After(std::size_t groups) const { return m_sums.data() + groups * (m_p + 1); }
+  // Asks for what After will return, before it is needed.
+  void Fetch(std::size_t groups) const {
+    constexpr std::size_t kSumsOfLine = 4;
+    const CompensatedSum* const sums = After(groups);
+    for (std::size_t j = 0; j <= m_p; j += kSumsOfLine) __builtin_prefetch(sums + j);
+    __builtin_prefetch(sums + m_p);
+  }
 
  private:
   const std::size_t m_p;
@@ -213,7 +222,9 @@ DenseMatrix CountingScoreResiduals(const CCoxFit& fit, const double* beta) {
       const double* x = data.CaseTable.GetRow(row);
       const auto at = static_cast<std::size_t>(row) - 1;
       const double e = x[data.WeightColumn] * risks[at];
-      const IntervalGroups::Span span = groups.SpanOf(row);
+      // Where the starts of the rows to come lie in the history is not in their order.
+      if (row + kRowsAhead <= stratum.Last) history.Fetch(groups.SpanOf(row + kRowsAhead).Begin);
+      const IntervalGroups::Span& span = groups.SpanOf(row);
       const CompensatedSum* from = history.After(span.Begin);
       const CompensatedSum* to = history.After(span.End);
       const double H = to[p].Since(from[p]);

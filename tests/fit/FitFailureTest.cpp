@@ -12,6 +12,7 @@
 
 #include "core/CCoxPH.h"
 #include "fit/CCoxFit.h"
+#include "fit/FailureTexts.h"
 #include "fit/NumericalFailure.h"
 #include "fit/TwelveCases.h"
 
@@ -22,6 +23,8 @@ using testing::AllFinite;
 using testing::CasesOf;
 using testing::EvaluateReference;
 using testing::InvertReference;
+using testing::kLastIterationUsed;
+using testing::kNoResults;
 using testing::RealMatrix;
 using testing::ReferenceCase;
 using testing::ReferenceValue;
@@ -29,13 +32,6 @@ using testing::TestAnalysis;
 using testing::TwelveCaseAnalysis;
 using Vector = std::vector<double>;
 using Texts = std::vector<std::string>;
-
-constexpr const char* kLastIterationUsed =
-    "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
-    "converge.  The last iteration of the parameter estimates will be used in subsequent results.";
-constexpr const char* kNoResults =
-    "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
-    "converge.  No results are available.  New start values should be considered.";
 
 // Start values of covariate a on the standardised scale. At the first the information is next to nothing, so the step
 // leads to exponentials that overflow; at the second they overflow at once.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "fit/CCoxFit.h"
+#include "fit/FailureTexts.h"
 #include "fit/NineRoutines.h"
 #include "fit/NumericalFailure.h"
 
@@ -19,6 +20,8 @@ namespace {
 using testing::AnalysisOf;
 using testing::DotReference;
 using testing::InvertReference;
+using testing::kLastIterationUsed;
+using testing::kNoResults;
 using testing::kRoutines;
 using testing::RealMatrix;
 using testing::RealVector;
@@ -29,13 +32,6 @@ using testing::SolveReference;
 using testing::TestAnalysis;
 using Vector = std::vector<double>;
 using Texts = std::vector<std::string>;
-
-constexpr const char* kLastIterationUsed =
-    "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
-    "converge.  The last iteration of the parameter estimates will be used in subsequent results.";
-constexpr const char* kNoResults =
-    "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
-    "converge.  No results are available.  New start values should be considered.";
 
 // Start values of the first parameter. At the first the information is next to nothing, so the step leads to
 // exponentials that overflow; at the second they overflow at once.

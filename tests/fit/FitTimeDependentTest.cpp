@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "data/TimeExpressions.h"
+#include "fit/FailureTexts.h"
 #include "fit/FittedResults.h"
 #include "fit/ReferenceTimeDependent.h"
 #include "fit/TimeDependentAnalysis.h"
@@ -28,6 +29,8 @@ using testing::FitToTheEnd;
 using testing::IntervalRow;
 using testing::InvertReference;
 using testing::kEstimateError;
+using testing::kLastIterationUsed;
+using testing::kNoResults;
 using testing::MaximizeReference;
 using testing::RandomSubjects;
 using testing::RealMatrix;
@@ -41,13 +44,6 @@ using testing::TimeDependentAnalysis;
 using testing::TimeEffect;
 using Vector = std::vector<double>;
 using Texts = std::vector<std::string>;
-
-constexpr const char* kLastIterationUsed =
-    "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
-    "converge.  The last iteration of the parameter estimates will be used in subsequent results.";
-constexpr const char* kNoResults =
-    "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
-    "converge.  No results are available.  New start values should be considered.";
 
 std::vector<Subject> Subjects() {
   return RandomSubjects(1, 50, 12);

@@ -6,13 +6,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
 #include "inference/LinearCombinations.h"
-#include "reference/AgreedDigits.h"
-#include "reference/ReferenceCase.h"
+#include "reference/ReferenceComparison.h"
 #include "support/SheetReading.h"
 #include "ui/CCoxPHResults.h"
 
@@ -22,40 +20,13 @@ namespace {
 
 using nlohmann::json;
 
-constexpr double kEstimateDigits = 9.0;
-constexpr double kPValueDigits = 7.0;
-constexpr double kPValueResolution = 1e-8;  // 1 - cdf is exact to about 1e-15, whatever the size of p
-
-AgreedDigits& Digits() {
-  static AgreedDigits digits;
-  return digits;
-}
-
-class PrintDigits : public ::testing::Environment {
- public:
-  void TearDown() override { Digits().Print(std::cout); }
-};
-
-const auto* const kPrintDigits = ::testing::AddGlobalTestEnvironment(new PrintDigits);
-
-class ContrastReference : public ::testing::TestWithParam<ReferenceCase> {
+class ContrastReference : public ReferenceComparison {
  protected:
-  const json& Content() const { return GetParam().Content; }
-
   void SetUp() override {
     const bool isRobust = Content().at("setup").at("robust");
     run = RunReferenceCase(GetParam(), {}, isRobust ? Variance::Robust : Variance::Model);
   }
 
-  void Compare(const std::string& quantity, double value, double expected, double leastDigits, double scale) {
-    const double digits = DigitsAgreed(value, expected, scale);
-    Digits().Add(quantity, GetParam().Name, digits);
-    EXPECT_GE(digits, leastDigits) << quantity << ": " << value << ", expected " << expected;
-  }
-  // In standard errors, the unit in which an estimate near 0 is judged: not below what the reference itself holds.
-  double Exactness() const {
-    return std::max(1e-3, Content().at("fit").value("score_norm_at_estimate", 0.0) * std::pow(10.0, kEstimateDigits));
-  }
   void CompareTest(const std::string& quantity, double chiSquare, double p, const json& expected, const char* key) {
     const double size = expected.at(key);
     const double slope = 2.0 * std::sqrt(size);
@@ -149,19 +120,9 @@ std::vector<ReferenceCase> OverparameterizedCases() {
   return cases;
 }
 
-std::vector<ReferenceCase> CasesWith(const char* key) {
-  std::vector<ReferenceCase> cases = LoadReferenceCases();
-  std::erase_if(cases, [key](const ReferenceCase& reference) { return !reference.Content.contains(key); });
-  return cases;
-}
-
-std::string NameOf(const ::testing::TestParamInfo<ReferenceCase>& test) {
-  return test.param.Name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Cases, Type3Reference, ::testing::ValuesIn(CasesWith("type3")), NameOf);
-INSTANTIATE_TEST_SUITE_P(Cases, OverparameterizedReference, ::testing::ValuesIn(OverparameterizedCases()), NameOf);
-INSTANTIATE_TEST_SUITE_P(Cases, ContrastReference, ::testing::ValuesIn(CasesWith("contrasts")), NameOf);
+INSTANTIATE_TEST_SUITE_P(Cases, Type3Reference, ::testing::ValuesIn(CasesWith("type3")), CaseName);
+INSTANTIATE_TEST_SUITE_P(Cases, OverparameterizedReference, ::testing::ValuesIn(OverparameterizedCases()), CaseName);
+INSTANTIATE_TEST_SUITE_P(Cases, ContrastReference, ::testing::ValuesIn(CasesWith("contrasts")), CaseName);
 
 }  // namespace
 

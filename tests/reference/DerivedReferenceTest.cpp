@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <map>
 #include <optional>
 
@@ -17,8 +16,7 @@
 #include "inference/InfluenceMeasures.h"
 #include "inference/ScoreResiduals.h"
 #include "inference/SurvivorFunctions.h"
-#include "reference/AgreedDigits.h"
-#include "reference/ReferenceCase.h"
+#include "reference/ReferenceComparison.h"
 #include "ui/CCoxPHResults.h"
 
 namespace orv::testing {
@@ -31,27 +29,10 @@ constexpr double kDigits = 8.0;
 constexpr double kProductLimitDigits = 6.0;  // the root of an equation, to 1e-12 of a number near 1
 constexpr double kLmaxDigits = 7.0;          // a singular vector: as exact as the gap to the next value allows
 
-AgreedDigits& DerivedDigits() {
-  static AgreedDigits digits;
-  return digits;
-}
-
-class PrintDerivedDigits : public ::testing::Environment {
- public:
-  void TearDown() override { DerivedDigits().Print(std::cout); }
-};
-
-const auto* const kPrintDerivedDigits = ::testing::AddGlobalTestEnvironment(new PrintDerivedDigits);
-
-class DerivedReference : public ::testing::TestWithParam<ReferenceCase> {
+class DerivedReference : public ReferenceComparison {
  protected:
-  const json& Content() const { return GetParam().Content; }
-  bool Has(const char* block) const { return Content().contains(block) && !Content().at(block).is_null(); }
-
   void Compare(const std::string& quantity, double value, double expected, double scale, double leastDigits = kDigits) {
-    const double digits = DigitsAgreed(value, expected, scale);
-    DerivedDigits().Add(quantity, GetParam().Name, digits);
-    EXPECT_GE(digits, leastDigits) << quantity << ": " << value << ", expected " << expected;
+    ReferenceComparison::Compare(quantity, value, expected, leastDigits, scale);
   }
 
   void CompareVector(const std::string& quantity,
@@ -96,8 +77,13 @@ class DerivedReference : public ::testing::TestWithParam<ReferenceCase> {
   }
 };
 
-TEST_P(DerivedReference, ResidualsAgree) {
-  if (!Has("residuals")) GTEST_SKIP();
+class ResidualReference : public DerivedReference {};
+class RobustReference : public DerivedReference {};
+class BaselineReference : public DerivedReference {};
+class ProductLimitReference : public DerivedReference {};
+class CurveReference : public DerivedReference {};
+
+TEST_P(ResidualReference, ResidualsAgree) {
   const ReferenceRun run = RunReferenceCase(GetParam(), {});
   CCoxFit& fit = *run.Analysis->m_pCoxFit;
   const CCoxData& data = *fit.m_pData;
@@ -125,8 +111,7 @@ TEST_P(DerivedReference, ResidualsAgree) {
   }
 }
 
-TEST_P(DerivedReference, RobustVarianceAgrees) {
-  if (!Has("robust")) GTEST_SKIP();
+TEST_P(RobustReference, RobustVarianceAgrees) {
   const ReferenceRun run = RunReferenceCase(GetParam(), {}, Variance::Robust);
   CCoxFit& fit = *run.Analysis->m_pCoxFit;
   const json& expected = Content().at("robust");
@@ -144,8 +129,7 @@ TEST_P(DerivedReference, RobustVarianceAgrees) {
   Compare("robust score", fit.RobustScoreStatistic(), score, score);
 }
 
-TEST_P(DerivedReference, BaselineAgrees) {
-  if (!Has("baseline")) GTEST_SKIP();
+TEST_P(BaselineReference, BaselineAgrees) {
   const ReferenceRun run = RunReferenceCase(GetParam(), {});
   const CCoxFit& fit = *run.Analysis->m_pCoxFit;
   const json& expected = Content().at("baseline");
@@ -159,8 +143,7 @@ TEST_P(DerivedReference, BaselineAgrees) {
   }
 }
 
-TEST_P(DerivedReference, ProductLimitBaselineAgrees) {
-  if (!Has("product_limit_baseline")) GTEST_SKIP();
+TEST_P(ProductLimitReference, ProductLimitBaselineAgrees) {
   const ReferenceRun run = RunReferenceCase(GetParam(), {});
   const CCoxFit& fit = *run.Analysis->m_pCoxFit;
   EXPECT_EQ(fit.m_KaplanMeierValid, Content().value("product_limit_valid", true));
@@ -181,8 +164,7 @@ std::vector<double> LimitsOf(const std::vector<CurvePoint>& points, bool upper) 
   return limits;
 }
 
-TEST_P(DerivedReference, CurvesAgree) {
-  if (!Has("curves")) GTEST_SKIP();
+TEST_P(CurveReference, CurvesAgree) {
   const bool robust = Content().at("setup").value("robust", false);
   const ReferenceRun run = RunReferenceCase(GetParam(), {}, robust ? Variance::Robust : Variance::Model);
   const CCoxFit& fit = *run.Analysis->m_pCoxFit;
@@ -230,8 +212,7 @@ TEST_P(DerivedReference, CurvesAgree) {
 }
 
 // A pattern by names and codes has the design values that the reference gives it.
-TEST_P(DerivedReference, PatternsAgree) {
-  if (!Has("curves")) GTEST_SKIP();
+TEST_P(CurveReference, PatternsAgree) {
   const ReferenceRun run = RunReferenceCase(GetParam(), {});
   CCoxPHResults results(*run.Analysis);
   for (const json& curve : Content().at("curves")) {
@@ -246,9 +227,14 @@ TEST_P(DerivedReference, PatternsAgree) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, DerivedReference, ::testing::ValuesIn(LoadReferenceCases()), [](const auto& test) {
-  return test.param.Name;
-});
+INSTANTIATE_TEST_SUITE_P(Cases, ResidualReference, ::testing::ValuesIn(CasesWith("residuals")), CaseName);
+INSTANTIATE_TEST_SUITE_P(Cases, RobustReference, ::testing::ValuesIn(CasesWith("robust")), CaseName);
+INSTANTIATE_TEST_SUITE_P(Cases, BaselineReference, ::testing::ValuesIn(CasesWith("baseline")), CaseName);
+INSTANTIATE_TEST_SUITE_P(Cases,
+                         ProductLimitReference,
+                         ::testing::ValuesIn(CasesWith("product_limit_baseline")),
+                         CaseName);
+INSTANTIATE_TEST_SUITE_P(Cases, CurveReference, ::testing::ValuesIn(CasesWith("curves")), CaseName);
 
 }  // namespace
 

@@ -76,6 +76,18 @@ std::vector<ReferenceCase> LoadReferenceCases() {
   return cases;
 }
 
+std::vector<ReferenceCase> CasesWith(const char* block) {
+  std::vector<ReferenceCase> cases = LoadReferenceCases();
+  std::erase_if(cases, [block](const ReferenceCase& reference) {
+    return !reference.Content.contains(block) || reference.Content.at(block).is_null();
+  });
+  return cases;
+}
+
+std::string CaseName(const ::testing::TestParamInfo<ReferenceCase>& test) {
+  return test.param.Name;
+}
+
 ReferenceRun RunReferenceCase(const ReferenceCase& reference, const StoppingRule& rule, Variance variance) {
   ReferenceRun run;
   const std::string file = kFolder / reference.Content.at("data_file").get<std::string>();

@@ -1,6 +1,8 @@
 // A reference case: an analysis with the numbers that an independent implementation computed for it.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <ostream>
@@ -26,6 +28,12 @@ inline void PrintTo(const ReferenceCase& reference, std::ostream* out) {
 
 // All cases in the folder, by name.
 std::vector<ReferenceCase> LoadReferenceCases();
+
+// Those that have a block of quantities.
+std::vector<ReferenceCase> CasesWith(const char* block);
+
+// The name of a case as that of its test.
+std::string CaseName(const ::testing::TestParamInfo<ReferenceCase>& test);
 
 // How a fit is to be stopped.
 struct StoppingRule {

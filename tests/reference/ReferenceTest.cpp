@@ -7,15 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <iostream>
 #include <map>
 #include <optional>
 
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
 #include "inference/GoodnessOfFit.h"
-#include "reference/AgreedDigits.h"
-#include "reference/ReferenceCase.h"
+#include "reference/ReferenceComparison.h"
 
 namespace orv::testing {
 
@@ -23,41 +21,19 @@ namespace {
 
 using nlohmann::json;
 
-constexpr double kEstimateDigits = 9.0;
 constexpr double kLikelihoodDigits = 12.0;
 constexpr double kStatisticDigits = 12.0;  // means and deviations of columns: no iteration in them
-constexpr double kPValueDigits = 7.0;
-constexpr double kPValueResolution = 1e-8;  // 1 - cdf is exact to about 1e-15, whatever the size of p
 
-AgreedDigits& Digits() {
-  static AgreedDigits digits;
-  return digits;
-}
-
-class PrintDigits : public ::testing::Environment {
- public:
-  void TearDown() override { Digits().Print(std::cout); }
-};
-
-const auto* const kPrintDigits = ::testing::AddGlobalTestEnvironment(new PrintDigits);
-
-class Reference : public ::testing::TestWithParam<ReferenceCase> {
+class Reference : public ReferenceComparison {
  protected:
-  const json& Content() const { return GetParam().Content; }
-
   // Compares relative to `scale`, by default the expected value.
   void Compare(const std::string& quantity,
                double value,
                double expected,
                double leastDigits,
                std::optional<double> scale = std::nullopt) {
-    const double digits = DigitsAgreed(value, expected, scale.value_or(std::abs(expected)));
-    Digits().Add(quantity, GetParam().Name, digits);
-    EXPECT_GE(digits, leastDigits) << quantity << ": " << value << ", expected " << expected;
+    ReferenceComparison::Compare(quantity, value, expected, leastDigits, scale.value_or(std::abs(expected)));
   }
-
-  // How far the reference is from its maximum, in standard errors; 0 when it does not say.
-  double ScoreNorm() const { return Content().at("fit").value("score_norm_at_estimate", 0.0); }
 
   void CompareMatrix(const std::string& quantity, const DenseMatrix& matrix, const json& expected) {
     ASSERT_EQ(matrix.size(), expected.size()) << quantity;
@@ -170,9 +146,7 @@ TEST_P(Reference, EstimatesAgree) {
       continue;
     }
     const double se = expected.at("se");
-    // An estimate near 0 is judged by its standard error, of which the reference itself holds about 12 digits, or as
-    // many as the norm of its score tells.
-    const double exactness = std::max(1e-3, ScoreNorm() * std::pow(10.0, kEstimateDigits));
+    const double exactness = Exactness();
     const double size = std::max(std::abs(expected.at("coef").get<double>()), exactness * se);
     Compare("coefficient", coefficient, expected.at("coef"), kEstimateDigits, size);
     Compare("standard error", cells.At("Standard Error", j).value(), se, kEstimateDigits);

@@ -44,6 +44,28 @@ TEST_F(SurvivorActionsTest, SurvivorLimitsAreOfTheChosenKindAndLevel) {
   }
 }
 
+// The pattern that the form starts with: means and modal codes.
+TEST_F(SurvivorActionsTest, SurvivorOfTheMeanPatternLiesWithinItsLimits) {
+  for (const SurvivorType type : {SurvivorType::Breslow, SurvivorType::KaplanMeier}) {
+    for (const SurvivorCIType limits : {SurvivorCIType::Normal, SurvivorCIType::Log, SurvivorCIType::LogLog}) {
+      Run();
+      results->Survivor = type;
+      results->SurvivorCI = limits;
+      ASSERT_EQ(results->SetPatterns({results->DefaultCovariates()}, {results->DefaultFactors()}), 0);
+      results->CreateSurvivorSummary();
+      const SheetView sheet = LastSheet(analysis->Host);
+      int withLimits = 0;
+      for (int row = 0; row < sheet.Rows(); ++row) {
+        if (!sheet.Number(row, 2)) continue;
+        ++withLimits;
+        EXPECT_LT(*sheet.Number(row, 2), *sheet.Number(row, 1)) << row;
+        EXPECT_LT(*sheet.Number(row, 1), *sheet.Number(row, 3)) << row;
+      }
+      EXPECT_GE(withLimits, 3);
+    }
+  }
+}
+
 TEST_F(SurvivorActionsTest, WithoutLimitsTheTableHasTwoColumns) {
   Run();
   ASSERT_EQ(results->SetPatterns({{2.0, 0.5}}, {{"1"}}), 0);

@@ -165,7 +165,8 @@ void AddOutput(CLI::App& command, FitOptions& options) {
                       fmt::format(",\nor all; default {}", fmt::join(kDefaultResults, ","))))
       ->type_name("NAME,...");
   AddList(command, "--residuals", results.Residuals,
-          WrappedList("Residuals: ", ResidualNames(), ";\ndefault martingale,deviance"))
+          WrappedList("Residuals: ", ResidualNames(),
+                      ";\ndefault martingale,deviance. With --interval not deviance, displacement and lmax"))
       ->type_name("NAME,...");
   AddRepeatable(command, "--contrast", results.Contrasts,
                 "Linear function of the coefficients, a number for each (repeatable: tested together)")
@@ -179,7 +180,8 @@ void AddOutput(CLI::App& command, FitOptions& options) {
       ->type_name("NAME");
   command
       .add_option("--ci", results.CI,
-                  "Limits of survivor and hazard functions: " + ChoiceList(CIChoices()) + "; default normal")
+                  "Limits of the survivor function: " + ChoiceList(CIChoices()) +
+                      "; default normal.\nThose of the hazard are taken on the log scale, and left out with none")
       ->type_name("NAME");
   command
       .add_option("--ph-transform", results.Transform,

@@ -168,6 +168,17 @@ std::string NoteOnDiscreteFailure(const CCoxPH& analysis, const StandaloneHost& 
          "tied groups.";
 }
 
+// The tables look the same with both covariances.
+std::string NoteOnVariance(const CCoxPH& analysis) {
+  const bool isRobust = analysis.m_Settings.UseRobustVariance && analysis.m_pCoxFit && analysis.m_pCoxData &&
+                        !analysis.m_pCoxFit->m_RobustCovariance.empty();
+  if (!isRobust) return {};
+  const int subjects = analysis.m_pCoxData->NextSubjectId;
+  const std::string clusters =
+      analysis.m_Settings.SubjectVariable > 0 ? fmt::format(", with {} subjects", subjects) : "";
+  return fmt::format("standard errors, tests and limits are robust{}.", clusters);
+}
+
 }  // namespace
 
 RunReport ReportRun(const CCoxPH& analysis, const StandaloneHost& host, const std::string& version) {
@@ -207,6 +218,8 @@ std::vector<std::string> NotesOnRun(const CCoxPH& analysis, const StandaloneHost
   for (const std::string& note : {NoteOnFormula(analysis), NoteOnDiscreteFailure(analysis, host)}) {
     if (!note.empty()) notes.push_back(note);
   }
+  const std::string robust = NoteOnVariance(analysis);
+  if (!robust.empty()) notes.push_back(robust);
   for (const std::string& factor : FactorsWithOtherRatios(analysis)) {
     notes.push_back(fmt::format(
         "under sigma coding the hazard ratios of {} do not all compare with its reference level, since it has "

@@ -98,6 +98,7 @@ void DesignApplier::CheckFormula(const TimeCovariate& covariate) {
 bool DesignApplier::ChooseTimeCovariates() {
   if (m_definition.TimeCovariates.empty()) return true;
   for (const TimeCovariate& covariate : UsedTimeCovariates()) {
+    if (InUpperCase(covariate.Name) == "T_") Fail(Messages::TimeCovariateIsTime(covariate.Name));
     if (m_host.Table().FindVariable(covariate.Name) != 0) Fail(Messages::TimeCovariateIsVariable(covariate.Name));
     CheckFormula(covariate);
     if (SetTimeCovariate(m_analysis, 0, covariate.Name, covariate.Formula) != 0) return false;

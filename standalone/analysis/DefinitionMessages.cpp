@@ -107,6 +107,10 @@ std::string DateWithoutDate(const std::string& date, const std::string& other) {
                      date, other);
 }
 
+std::string TimeCovariateIsTime(const std::string& name) {
+  return fmt::format("--time-covariate: {} is the time itself. Give the covariate another name.", name);
+}
+
 std::string TimeCovariateIsVariable(const std::string& name) {
   return fmt::format("--time-covariate: the table has a variable \"{}\". Give the covariate another name.", name);
 }
@@ -341,6 +345,24 @@ std::string SummaryAlone() {
 
 std::string PatternOutOfRange(const std::string& pattern) {
   return fmt::format("the pattern {}is out of range, and its tables stay empty.", pattern);
+}
+
+std::string ProductLimitWithStrata() {
+  return "--survivor-type kaplan-meier: with strata the event at the last time of a stratum may lack its row; the "
+         "curves "
+         "of breslow have all.";
+}
+
+std::string WeightedScores() {
+  return "--weights: score residuals, influence measures and the robust variance take the weights of events and risk "
+         "sets, "
+         "but not always that of the case itself, so they change with the scale of the weights.";
+}
+
+std::string DiscreteScores() {
+  return "--ties discrete: residuals, robust variance and ph test are those of Breslow's rule at these estimates, so "
+         "score "
+         "residuals do not add up to 0.";
 }
 
 std::string ProductLimitFailed() {

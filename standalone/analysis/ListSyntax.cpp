@@ -71,11 +71,12 @@ class ListParser {
   std::string_view m_rest;
 };
 
-CodeAssignment ParseAssignment(const std::string& option, std::string_view text, bool takesList, const char* form) {
+CodeAssignment ParseAssignment(const std::string& option, std::string_view text, bool takesList) {
   ListParser parser(option, text);
   CodeAssignment assignment;
   assignment.Factor = parser.TakeItem("=");
   if (assignment.Factor.empty() || !parser.TakeSign('=') || Trim(parser.Rest()).empty()) {
+    const std::string form = takesList ? "FACTOR=CODE,CODE" : "FACTOR=CODE";
     throw DefinitionError(DefinitionMessages::MalformedAssignment(option, std::string(text), form));
   }
   assignment.Codes = takesList ? parser.TakeList() : std::vector<std::string>{parser.TakeItem({})};
@@ -89,15 +90,26 @@ std::vector<std::string> SplitList(const std::string& option, std::string_view t
 }
 
 CodeAssignment ParseCodes(const std::string& option, std::string_view text) {
-  return ParseAssignment(option, text, true, "FACTOR=CODE,CODE");
+  return ParseAssignment(option, text, true);
 }
 
 CodeAssignment ParseReference(const std::string& option, std::string_view text) {
-  return ParseAssignment(option, text, false, "FACTOR=CODE");
+  return ParseAssignment(option, text, false);
 }
 
-CodeAssignment ParseValue(const std::string& option, std::string_view text) {
-  return ParseAssignment(option, text, false, "V=X");
+std::vector<CodeAssignment> ParseValues(const std::string& option, std::string_view text) {
+  ListParser parser(option, text);
+  std::vector<CodeAssignment> values;
+  do {
+    CodeAssignment assignment;
+    assignment.Factor = parser.TakeItem("=,");
+    if (parser.TakeSign('=')) assignment.Codes = {parser.TakeItem(",")};
+    if (assignment.Factor.empty() || assignment.Codes.empty() || assignment.Codes[0].empty()) {
+      throw DefinitionError(DefinitionMessages::MalformedAssignment(option, std::string(text), "V=X, V=X"));
+    }
+    values.push_back(std::move(assignment));
+  } while (parser.TakeSign(','));
+  return values;
 }
 
 std::string ListItem(std::string_view item) {

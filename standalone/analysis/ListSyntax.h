@@ -2,6 +2,7 @@
 //
 //   list       = item { "," item }
 //   assignment = item "=" list
+//   values     = item "=" item { "," item "=" item }
 //   item       = any characters but the signs that follow it, or any characters between double quotes
 //
 // Blanks around an item do not count. Quotes serve names and labels that hold a comma (or, before the "=", an equals
@@ -29,8 +30,8 @@ CodeAssignment ParseCodes(const std::string& option, std::string_view text);
 // "F=C": one code, which may hold commas without quotes. Throws DefinitionError for another form.
 CodeAssignment ParseReference(const std::string& option, std::string_view text);
 
-// "V=X": one value of a variable, in the same way. Throws DefinitionError for another form.
-CodeAssignment ParseValue(const std::string& option, std::string_view text);
+// "V=X, V=X": one value of each variable. Throws DefinitionError for another form.
+std::vector<CodeAssignment> ParseValues(const std::string& option, std::string_view text);
 
 // An item as a list shows it to a person: in quotes when it holds a comma.
 std::string ListItem(std::string_view item);

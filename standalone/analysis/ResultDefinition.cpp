@@ -112,8 +112,10 @@ class Resolver {
     for (const std::string& name : m_definition.Results) {
       const bool needsTimes =
           std::find(kOfSurvivalTimes.begin(), kOfSurvivalTimes.end(), name) != kOfSurvivalTimes.end();
+      // The matrix that the contrasts of this coding come from has no evaluator for such a design.
+      const bool hasNoType3 = name == "type3" && IsTimeDependent() && m_settings.Coding == Codings::Overparameterized;
       const bool isMissing =
-          (needsTimes && IsTimeDependent()) || (name == "contrast" && m_definition.Contrasts.empty());
+          (needsTimes && IsTimeDependent()) || hasNoType3 || (name == "contrast" && m_definition.Contrasts.empty());
       if (!isMissing) {
         m_resolved.Results.push_back(name);
       } else if (!m_definition.ShowsAll) {
@@ -153,8 +155,7 @@ class Resolver {
 
   void ChoosePattern(const std::string& text) {
     std::map<int, std::string> pattern;
-    for (const std::string& item : SplitList("--pattern", text)) {
-      const CodeAssignment assignment = ParseValue("--pattern", item);
+    for (const CodeAssignment& assignment : ParseValues("--pattern", text)) {
       const int variable = m_table.FindVariable(assignment.Factor);
       if (variable == 0 || !IsPredictor(variable)) FailAsNoPredictor(assignment.Factor);
       const std::string& name = m_table.Variable(variable).Name;
@@ -215,6 +216,24 @@ class Resolver {
   ResolvedResults m_resolved;
 };
 
+// Where residuals are not what their name says elsewhere.
+void NoteOnKernels(CCoxPHResults& results, const std::vector<std::string>& shown, std::vector<std::string>& notes) {
+  const CoxSettings& settings = results.Settings();
+  if (settings.InputType == InputTypes::TimeDependent) return;
+  const ResidualChoices& chosen = results.Residuals;
+  const bool showsScores = Holds(shown, "residuals") && (chosen.ComputeScore || chosen.ComputeDfbeta ||
+                                                         chosen.ComputeLikelihoodDisplacement || chosen.ComputeLMAX);
+  const WeightRecord* weights = results.Analysis().m_Commons.Weights;
+  const bool isWeighted = weights != nullptr && weights->On;
+  if (isWeighted && (settings.UseRobustVariance || showsScores)) notes.push_back(Messages::WeightedScores());
+  const bool isDiscrete = settings.Likelihood == Likelihoods::Discrete;
+  const bool showsSchoenfeld =
+      Holds(shown, "residuals") && (chosen.ComputeSchoenfeld || chosen.ComputeScaledSchoenfeld);
+  if (isDiscrete && (settings.UseRobustVariance || showsScores || showsSchoenfeld || Holds(shown, "phtest"))) {
+    notes.push_back(Messages::DiscreteScores());
+  }
+}
+
 // Results that turn out not to be there after the run are told, and left out.
 std::vector<std::string> ResultsThatExist(const ResolvedResults& resolved,
                                           CCoxPHResults& results,
@@ -228,6 +247,7 @@ std::vector<std::string> ResultsThatExist(const ResolvedResults& resolved,
     return existing;
   }
   const CCoxFit& fit = results.Fit();
+  NoteOnKernels(results, existing, notes);
   if (!fit.m_BreslowValid && results.Settings().InputType != InputTypes::TimeDependent) {
     const bool hasResiduals = HasAny(results.AvailableResiduals(results.Residuals));
     const bool anyLeftOut = leaveOut([hasResiduals](const std::string& name) {
@@ -237,6 +257,8 @@ std::vector<std::string> ResultsThatExist(const ResolvedResults& resolved,
   } else if (resolved.Survivor == SurvivorType::KaplanMeier && !fit.m_KaplanMeierValid) {
     results.Survivor = SurvivorType::Breslow;
     notes.push_back(Messages::ProductLimitFailed());
+  } else if (resolved.Survivor == SurvivorType::KaplanMeier && results.Settings().HasStrata()) {
+    notes.push_back(Messages::ProductLimitWithStrata());
   }
   return existing;
 }

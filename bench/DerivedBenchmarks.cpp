@@ -67,16 +67,6 @@ struct Family {
   double (*Check)(CCoxFit& fit);
 };
 
-void ClearResiduals(CCoxFit& fit) {
-  fit.m_ScoreResiduals.clear();
-  fit.m_SchoenfeldResiduals.clear();
-  fit.m_ScaledSchoenfeldResiduals.clear();
-  fit.m_DfBeta.clear();
-  fit.m_StdErrorXBeta.clear();
-  fit.m_LikelihoodDisplacement.clear();
-  fit.m_Lmax.clear();
-}
-
 // Residuals of each parameter add up to the score at the estimate.
 double ScoreAgreement(CCoxFit& fit, const DenseMatrix& residuals) {
   std::vector<double> beta = fit.m_BetaHistory.back();
@@ -154,12 +144,12 @@ void RunFamily(benchmark::State& state, const Family& family, const SurvivalKind
       return prepared;
     });
     CCoxFit& fit = analysis.LatestFit();
-    ClearResiduals(fit);
+    fit.DropResiduals();
     family.Compute(fit);
     const double digits = family.Check(fit);
     if (!(digits >= kLeastDigits)) throw std::runtime_error(fmt::format("the totals agree to {:.1f} digits", digits));
     while (state.KeepRunning()) {
-      ClearResiduals(fit);
+      fit.DropResiduals();
       family.Compute(fit);
     }
     state.SetLabel(fmt::format("{:.1f} digits", digits));

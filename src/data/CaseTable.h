@@ -25,6 +25,15 @@ class CaseTable {
   double* GetRow(int row, Access) { return m_cells.data() + Offset(row); }
   const double* GetRow(int row, Access = Access::Read) const { return m_cells.data() + Offset(row); }
 
+  // Asks the processor for a row that is read soon, so that a walk in another order than the table's need not wait for
+  // it. Changes nothing; `row` counts from 1.
+  void Prefetch(int row) const {
+    constexpr int kDoublesOfCacheLine = 8;
+    const double* cells = GetRow(row);
+    for (int column = 0; column < m_columns; column += kDoublesOfCacheLine) __builtin_prefetch(cells + column);
+    __builtin_prefetch(cells + m_columns - 1);
+  }
+
   // The listed columns of the rows that meet a condition.
   //   columns    "1-4", "1-4 6" or "1-4 6-8": numbers from 1, ascending
   //   condition  "v5=0": column 5 holds 0

@@ -40,6 +40,16 @@ void CCoxFit::ResetResults() {
   for (CoxDesignColumn& column : m_pData->DesignColumns) column.Dropped = false;
 }
 
+void CCoxFit::DropResiduals() {
+  m_ScoreResiduals.clear();
+  m_SchoenfeldResiduals.clear();
+  m_ScaledSchoenfeldResiduals.clear();
+  m_DfBeta.clear();
+  m_StdErrorXBeta.clear();
+  m_LikelihoodDisplacement.clear();
+  m_Lmax.clear();
+}
+
 int CCoxFit::ActiveParameterCount() {
   const CoxSettings& settings = Settings();
   const bool selecting = !settings.FinalFitReady && settings.ModelBuilding >= ModelBuildings::Forward &&

@@ -131,6 +131,10 @@ class CCoxFit {
   //   packed  p(p + 1)/2 values: a generalised inverse of information, lower triangle by rows
   static double ScoreQuadraticForm(const double* score, const double* packed, const std::vector<bool>& inModel, int p);
 
+  // Gives up the residuals and influence measures that are computed on demand, which hold a value for each case and
+  // parameter. The martingale and deviance residuals and the score residuals at beta = 0 stay.
+  void DropResiduals();
+
   // ---- Robust variance (defined in inference/) -----------------------------------------------------------------
   // The sandwich estimate into m_RobustCovariance, with the score residuals summed over subjects when there are some.
   // Source: Lin and Wei, JASA 84 (1989) 1074-1078. Does nothing when the fit left no covariance.

@@ -58,13 +58,10 @@ void IntervalRiskSet::Join(int row, const double* x, double wr) {
 // Leavers lie all over the table. Asked for some rows ahead, they are at hand when their turn comes.
 void IntervalRiskSet::FetchAhead() const {
   constexpr int kRowsAhead = 8;
-  constexpr int kDoublesOfLine = 8;
   const int row = m_starts.Upcoming(kRowsAhead);
   if (row == 0) return;
-  const double* cells = m_cases.GetRow(row);
   __builtin_prefetch(&m_wr[static_cast<std::size_t>(row)]);
-  for (int column = 0; column < m_cases.ColumnCount(); column += kDoublesOfLine) __builtin_prefetch(cells + column);
-  __builtin_prefetch(cells + m_cases.ColumnCount() - 1);
+  m_cases.Prefetch(row);
 }
 
 void IntervalRiskSet::RemoveLeavers(int row) {

@@ -53,14 +53,10 @@ void IntervalSums::WalkTo(int row) {
 // Leavers lie all over the table. Asked for some rows ahead, they are at hand when their turn comes.
 void IntervalSums::FetchAhead() const {
   constexpr std::size_t kRowsAhead = 8;
-  constexpr int kDoublesOfLine = 8;
   if (m_left + kRowsAhead >= m_byStart.size()) return;
   const int row = m_byStart[m_left + kRowsAhead];
-  const double* cells = m_data.CaseTable.GetRow(row);
   __builtin_prefetch(&m_risks[static_cast<std::size_t>(row) - 1]);
-  const int columns = m_data.CaseTable.ColumnCount();
-  for (int column = 0; column < columns; column += kDoublesOfLine) __builtin_prefetch(cells + column);
-  __builtin_prefetch(cells + columns - 1);
+  m_data.CaseTable.Prefetch(row);
 }
 
 void IntervalSums::RemoveLeavers(double time) {

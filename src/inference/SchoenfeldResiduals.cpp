@@ -101,12 +101,10 @@ class SchoenfeldWalk {
   // Leavers lie all over the table. Asked for some rows ahead, they are at hand when their turn comes.
   void FetchAhead() const {
     constexpr int kRowsAhead = 8;
-    constexpr std::size_t kDoublesOfLine = 8;
     const int row = m_starts->Upcoming(kRowsAhead);
     if (row == 0) return;
-    const double* x = m_cases.GetRow(row);
     __builtin_prefetch(&m_e[At(row)]);
-    for (std::size_t k = 0; k < m_p; k += kDoublesOfLine) __builtin_prefetch(x + k);
+    m_cases.Prefetch(row);
   }
 
   // Rows that start at the time of this row or later have not entered yet.

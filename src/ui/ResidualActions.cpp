@@ -27,15 +27,7 @@ bool IsAnyChosen(const ResidualChoices& c) {
 class RequestedResiduals {
  public:
   RequestedResiduals(CCoxFit& fit, ResidualChoices& choices) : m_fit(fit), m_choices(choices) {}
-  ~RequestedResiduals() {
-    m_fit.m_ScoreResiduals.clear();
-    m_fit.m_SchoenfeldResiduals.clear();
-    m_fit.m_ScaledSchoenfeldResiduals.clear();
-    m_fit.m_DfBeta.clear();
-    m_fit.m_StdErrorXBeta.clear();
-    m_fit.m_LikelihoodDisplacement.clear();
-    m_fit.m_Lmax.clear();
-  }
+  ~RequestedResiduals() { m_fit.DropResiduals(); }
   RequestedResiduals(const RequestedResiduals&) = delete;
   RequestedResiduals& operator=(const RequestedResiduals&) = delete;
 

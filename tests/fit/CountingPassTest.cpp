@@ -10,6 +10,7 @@
 #include "fit/CountingPass.h"
 #include "fit/PassCases.h"
 #include "support/AllocationHook.h"
+#include "support/FailingAllocations.h"
 
 namespace orv {
 namespace {
@@ -306,19 +307,11 @@ TEST(CountingPass, AllocatesNothingInAPass) {
 
 TEST(CountingPass, FailsWhenMemoryIsOut) {
   const PassCases cases(RandomIntervals(28, 20, 2, 2, true));
-  const auto make = [&](HeapOnlyHost& host) {
+  testing::ExpectFailureAtEveryAllocation([&](HeapOnlyHost& host) {
     return CountingPass(host, cases.Table(), cases.Count(), cases.Columns(true), cases.StartColumn(), LeadingColumns(2),
                         1)
         .Failed();
-  };
-  HeapOnlyHost host;
-  EXPECT_FALSE(make(host));
-  const int requests = host.Requests();
-  for (int failing = 1; failing <= requests; ++failing) {
-    host.FailAllocation(failing);
-    EXPECT_TRUE(make(host)) << "allocation " << failing;
-    EXPECT_EQ(host.LiveBlocks(), 0) << "allocation " << failing;
-  }
+  });
 }
 
 TEST(CountingPass, LeavesAFlagWhenANumberCannotBeComputed) {

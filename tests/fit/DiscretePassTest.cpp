@@ -11,6 +11,7 @@
 #include "fit/DiscreteSurvivalPass.h"
 #include "fit/PassCases.h"
 #include "fit/ReferenceDiscrete.h"
+#include "support/FailingAllocations.h"
 
 namespace orv {
 namespace {
@@ -341,17 +342,9 @@ TEST(DiscretePasses, HaveALikelihoodWithoutColumns) {
 TEST(DiscretePasses, FailWhenMemoryIsOut) {
   const PassCases cases(RandomIntervals(28, 20, 2, 2, false));
   for (const Form form : kForms) {
-    const auto failed = [&](HeapOnlyHost& host) {
-      return MakePass(form, host, cases, true, LeadingColumns(2))->Failed();
-    };
-    HeapOnlyHost host;
-    EXPECT_FALSE(failed(host)) << Name(form);
-    const int requests = host.Requests();
-    for (int failing = 1; failing <= requests; ++failing) {
-      host.FailAllocation(failing);
-      EXPECT_TRUE(failed(host)) << Name(form) << ", allocation " << failing;
-      EXPECT_EQ(host.LiveBlocks(), 0) << Name(form) << ", allocation " << failing;
-    }
+    SCOPED_TRACE(Name(form));
+    testing::ExpectFailureAtEveryAllocation(
+        [&](HeapOnlyHost& host) { return MakePass(form, host, cases, true, LeadingColumns(2))->Failed(); });
   }
 }
 

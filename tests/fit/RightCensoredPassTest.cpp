@@ -9,6 +9,7 @@
 #include "fit/PassCases.h"
 #include "fit/RightCensoredPass.h"
 #include "support/AllocationHook.h"
+#include "support/FailingAllocations.h"
 
 namespace orv {
 namespace {
@@ -447,17 +448,9 @@ TEST(RightCensoredPass, AllocatesNothingInAPass) {
 
 TEST(RightCensoredPass, FailsWhenMemoryIsOut) {
   const PassCases cases(RandomCases(23, 20, 2, 5, 2, true));
-  const auto make = [&](HeapOnlyHost& host) {
+  testing::ExpectFailureAtEveryAllocation([&](HeapOnlyHost& host) {
     return RightCensoredPass(host, cases.Table(), cases.Count(), cases.Columns(true), LeadingColumns(2), 1).Failed();
-  };
-  HeapOnlyHost host;
-  EXPECT_FALSE(make(host));
-  const int requests = host.Requests();
-  for (int failing = 1; failing <= requests; ++failing) {
-    host.FailAllocation(failing);
-    EXPECT_TRUE(make(host)) << "allocation " << failing;
-    EXPECT_EQ(host.LiveBlocks(), 0) << "allocation " << failing;
-  }
+  });
 }
 
 TEST(RightCensoredPass, LeavesAFlagWhenANumberCannotBeComputed) {

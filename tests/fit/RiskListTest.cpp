@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "fit/RiskList.h"
+#include "support/FailingAllocations.h"
 #include "support/HeapOnlyHost.h"
 #include "support/TestMatrix.h"
 
@@ -102,12 +103,7 @@ TEST(RiskList, IsASetUnderAnyCourse) {
 }
 
 TEST(RiskList, FailsWhenMemoryIsOut) {
-  for (const int failing : {1, 2}) {
-    HeapOnlyHost host;
-    host.FailAllocation(failing);
-    EXPECT_TRUE(RiskList(host, 10).Failed()) << failing;
-    EXPECT_EQ(host.LiveBlocks(), 0) << failing;
-  }
+  testing::ExpectFailureAtEveryAllocation([](HeapOnlyHost& host) { return RiskList(host, 10).Failed(); });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "fit/RiskSums.h"
+#include "support/FailingAllocations.h"
 #include "support/HeapOnlyHost.h"
 
 namespace orv {
@@ -142,14 +143,7 @@ TEST(RiskSums, DenominatorCarriesItsRounding) {
 }
 
 TEST(RiskSums, FailWhenMemoryIsOut) {
-  HeapOnlyHost host;
-  EXPECT_FALSE(RiskSums(host, 2, 1).Failed());
-  const int requests = host.Requests();
-  for (int failing = 1; failing <= requests; ++failing) {
-    host.FailAllocation(failing);
-    EXPECT_TRUE(RiskSums(host, 2, 1).Failed()) << failing;
-    EXPECT_EQ(host.LiveBlocks(), 0) << failing;
-  }
+  testing::ExpectFailureAtEveryAllocation([](HeapOnlyHost& host) { return RiskSums(host, 2, 1).Failed(); });
 }
 
 }  // namespace

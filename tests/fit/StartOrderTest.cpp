@@ -9,6 +9,7 @@
 
 #include "fit/PassCases.h"
 #include "fit/StartOrder.h"
+#include "support/FailingAllocations.h"
 
 namespace orv {
 namespace {
@@ -114,17 +115,11 @@ TEST(StartOrder, JoinersLessLeaversAreThoseAtRisk) {
 
 TEST(StartOrder, FailsWhenMemoryIsOut) {
   const PassCases cases(RandomIntervals(5, 10, 1, 2, false));
-  HeapOnlyHost host;
-  const TieTable ties(host, cases.Table(), cases.Count(), cases.Columns(true));
-  const int others = host.LiveBlocks();
-  host.FailAllocation(0);
-  EXPECT_FALSE(StartOrder(host, cases.Table(), cases.Count(), cases.StartColumn(), ties).Failed());
-  const int requests = host.Requests();
-  for (int failing = 1; failing <= requests; ++failing) {
-    host.FailAllocation(failing);
-    EXPECT_TRUE(StartOrder(host, cases.Table(), cases.Count(), cases.StartColumn(), ties).Failed()) << failing;
-    EXPECT_EQ(host.LiveBlocks(), others) << failing;
-  }
+  HeapOnlyHost hostOfTies;
+  const TieTable ties(hostOfTies, cases.Table(), cases.Count(), cases.Columns(true));
+  testing::ExpectFailureAtEveryAllocation([&](HeapOnlyHost& host) {
+    return StartOrder(host, cases.Table(), cases.Count(), cases.StartColumn(), ties).Failed();
+  });
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 
 #include "fit/ReferenceDiscrete.h"
 #include "fit/SymmetricSums.h"
+#include "support/FailingAllocations.h"
 #include "support/HeapOnlyHost.h"
 #include "support/TestMatrix.h"
 
@@ -164,14 +165,7 @@ TEST(SymmetricSums, EmptyRangeOfOrdersChangesNothing) {
 }
 
 TEST(SymmetricSums, FailWhenMemoryIsOut) {
-  HeapOnlyHost host;
-  EXPECT_FALSE(SymmetricSums(host, 2, 3).Failed());
-  const int requests = host.Requests();
-  for (int failing = 1; failing <= requests; ++failing) {
-    host.FailAllocation(failing);
-    EXPECT_TRUE(SymmetricSums(host, 2, 3).Failed()) << failing;
-    EXPECT_EQ(host.LiveBlocks(), 0) << failing;
-  }
+  testing::ExpectFailureAtEveryAllocation([](HeapOnlyHost& host) { return SymmetricSums(host, 2, 3).Failed(); });
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 
 #include "fit/PassCases.h"
 #include "fit/TieTable.h"
+#include "support/FailingAllocations.h"
 
 namespace orv {
 namespace {
@@ -126,15 +127,8 @@ TEST(TieTable, OneRowIsAGroup) {
 
 TEST(TieTable, FailsWhenMemoryIsOut) {
   const PassCases cases({Row(1, true), Row(2, true)});
-  HeapOnlyHost host;
-  { const TieTable all(host, cases.Table(), 2, cases.Columns(true)); }
-  const int requests = host.Requests();
-  ASSERT_GT(requests, 0);
-  for (int failing = 1; failing <= requests; ++failing) {
-    host.FailAllocation(failing);
-    { EXPECT_TRUE(TieTable(host, cases.Table(), 2, cases.Columns(true)).Failed()) << "allocation " << failing; }
-    EXPECT_EQ(host.LiveBlocks(), 0) << "allocation " << failing;
-  }
+  testing::ExpectFailureAtEveryAllocation(
+      [&](HeapOnlyHost& host) { return TieTable(host, cases.Table(), 2, cases.Columns(true)).Failed(); });
 }
 
 }  // namespace

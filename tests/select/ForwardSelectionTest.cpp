@@ -2,6 +2,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+
 #include "select/SelectionCases.h"
 
 namespace orv {
@@ -58,23 +61,21 @@ TEST(ForwardSelection, AnInteractionWaitsForItsMainEffects) {
   EXPECT_EQ(strict.Run(), 1) << "without its main effects it is never tested";
 }
 
-// h tells the third level of f from the others, so with h in the model f has one degree of freedom left.
+// h tells the third level of f from the others, so beyond h the factor f has one degree of freedom left. The statistic
+// is that of both.
 TEST(ForwardSelection, AFactorAliasedWithAnEnteredOneLosesADegreeOfFreedom) {
   for (const int coding : {Codings::SigmaRestricted, Codings::Reference, Codings::Overparameterized}) {
-    PreparedSelection run(Forward({"h", "f"}, {.Coding = coding}).Force(0).Limits(0.999, 0.5));
-    ASSERT_EQ(run.Run(), 0);
-    const CCoxFit& fit = run.Analysis.Fit();
-    for (std::size_t k = 0; k < fit.m_ForwardEffects.size(); ++k) {
-      const bool afterH = k == 1 && fit.m_ForwardEffects[1] == 2;
-      const int df = fit.m_ForwardEffects[k] == 1 ? 1 : afterH ? 1 : 2;
-      if (k == 1 && afterH) {
-        // The statistic is that of both effects, with the degrees of freedom that the second one adds.
-        EXPECT_DOUBLE_EQ(fit.m_ForwardPValues[k], 1.0 - run.Analysis.Host.ChiSquareCdf(fit.m_ForwardScores[k], df));
-      }
-      if (k == 0) {
-        EXPECT_DOUBLE_EQ(fit.m_ForwardPValues[k], 1.0 - run.Analysis.Host.ChiSquareCdf(fit.m_ForwardScores[k], df));
-      }
-    }
+    PreparedSelection alone(Forward({"f"}, {.Coding = coding}).Limits(0.999, 0.5));
+    ASSERT_EQ(alone.Run(), 0) << coding;
+    PreparedSelection beyond(Forward({"h", "f"}, {.Coding = coding}).Force(1).Limits(0.999, 0.5));
+    ASSERT_EQ(beyond.Run(), 0) << coding;
+    const auto pValue = [&](double chiSquare, int df) { return 1.0 - alone.Analysis.Host.ChiSquareCdf(chiSquare, df); };
+    const CCoxFit& one = alone.Analysis.Fit();
+    EXPECT_DOUBLE_EQ(one.m_ForwardPValues[0], pValue(one.m_ForwardScores[0], 2)) << coding;
+    const CCoxFit& two = beyond.Analysis.Fit();
+    ASSERT_THAT(two.m_ForwardEffects, ElementsAre(1, 2)) << coding;
+    EXPECT_DOUBLE_EQ(two.m_ForwardPValues[1], pValue(two.m_ForwardScores[1], 1)) << coding;
+    EXPECT_EQ(beyond.Effects(), (Names{"h", "f"})) << coding;
   }
 }
 

@@ -1,7 +1,10 @@
 // Random selections: data with ties, effects of every kind, in any order, with and without forced and held effects.
 #pragma once
 
+#include <algorithm>
 #include <cmath>
+#include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -21,8 +24,14 @@ struct SelectionForm {
   int Cases = 60;
 };
 
-// Columns time, start, status, a, b, c, d, f, h, g, w. Times are whole numbers from 1. d is twice a; f has the levels 1
-// to 3 and h tells its third level from the others; g are strata 1 and 2. The hazard depends on a, b, and f.
+// What a test on a form is listed by.
+inline void PrintTo(const SelectionForm& form, std::ostream* out) {
+  *out << form.What;
+}
+
+// Columns time, start, status, a, b, c, d, f, h, g, w, e. Times are whole numbers. d is twice a; f has the levels 1 to
+// 3 and h tells its third level from the others; e has the levels 1 and 2, g are strata 1 and 2. The hazard depends on
+// a, b and f.
 inline std::vector<TestColumn> SelectionColumns(unsigned seed, int n) {
   TestRandom random(seed);
   std::vector<TestColumn> columns = {{"time", {}}, {"start", {}}, {"status", {}}, {"a", {}}, {"b", {}}, {"c", {}},

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
@@ -176,8 +177,9 @@ SelectionProblem ProblemOf(const SelectionForm& form, const Extra& extra, unsign
   return problem;
 }
 
-// Fields that tell of the run and not of the model.
-const std::set<std::string> kOfTheRun = {"PToEnter", "PToRemove", "EffectsToForce", "ForcedStepCount"};
+// Fields that tell of the run and not of the model, and one that every build of the design fills anew.
+const std::set<std::string> kOfTheRun = {"PToEnter", "PToRemove", "EffectsToForce", "ForcedStepCount",
+                                         "DesignFactorSet"};
 
 void CompareWithDirectAnalysis(const SelectionProblem& problem, int building, int& reduced) {
   TestAnalysis full(problem.Columns);

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "select/PlainSelection.h"
-#include "select/RandomSelections.h"
+#include "select/SelectionCases.h"
 
 namespace orv {
 namespace {
@@ -19,13 +19,6 @@ using testing::PlainStep;
 using testing::SelectionForm;
 using testing::SelectionProblem;
 using testing::TestAnalysis;
-
-constexpr const char* kStopped =
-    "A numerical error occurred during model building.  Model building has stopped.  The analysis will now maximize "
-    "the "
-    "likelihood of the model containing the effects selected prior to the numerical issue.";
-constexpr const char* kNothingSelected =
-    "No variables were selected in the model building procedure.  No results will be displayed.";
 
 std::vector<PlainStep> ForwardSteps(const CCoxFit& fit) {
   std::vector<PlainStep> steps;
@@ -148,8 +141,8 @@ void CompareWithDefinition(const SelectionProblem& problem, const Procedure& pro
     EXPECT_EQ(analysis.Fit().EffectsForcedInModel, static_cast<int>(plain.Taken.size()));
   }
   std::vector<std::string> messages;
-  if (plain.Failed) messages.emplace_back(kStopped);
-  if (plain.Model.empty()) messages.emplace_back(kNothingSelected);
+  if (plain.Failed) messages.emplace_back(testing::kModelBuildingStopped);
+  if (plain.Model.empty()) messages.emplace_back(testing::kNothingSelected);
   EXPECT_EQ(analysis.Host.Messages(), messages);
   EXPECT_EQ(failed, plain.Model.empty() ? 1 : 0);
   if (!plain.Model.empty() && failed == 0) ExpectFinalModel(problem, analysis, plain.Model);

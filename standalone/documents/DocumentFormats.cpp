@@ -2,15 +2,19 @@
 
 #include <algorithm>
 
+#include "standalone/documents/HtmlWriter.h"
 #include "standalone/documents/JsonWriter.h"
+#include "standalone/documents/MarkdownWriter.h"
 #include "standalone/documents/TextWriter.h"
 
 namespace orv {
 namespace {
 
 constexpr DocumentFormat Formats[] = {
-    {"text", ".txt", WriteText},
-    {"json", ".json", WriteJson},
+    {"text", ".txt", true, WriteText},
+    {"markdown", ".md", true, WriteMarkdown},
+    {"html", ".html", false, WriteHtml},
+    {"json", ".json", true, WriteJson},
 };
 
 char LowerAscii(char character) {

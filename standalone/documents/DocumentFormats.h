@@ -20,6 +20,7 @@ struct WriteOptions {
 struct DocumentFormat {
   std::string_view Name;        // as the user names it, e.g. "json"
   std::string_view FileEnding;  // with the dot, in lower case
+  bool IsForStandardOutput;     // a form to be read in a terminal or by the next program of a pipe
   // The whole output. The same arguments give the same bytes.
   std::string (*Write)(const RunReport& report, const ResultDocuments& documents, const WriteOptions& options);
 };

@@ -9,7 +9,7 @@ namespace orv {
 namespace {
 
 TEST(DocumentFormats, AreFoundByName) {
-  for (const char* name : {"text", "json"}) {
+  for (const char* name : {"text", "markdown", "html", "json"}) {
     ASSERT_NE(FindFormatByName(name), nullptr) << name;
     EXPECT_EQ(FindFormatByName(name)->Name, name);
   }
@@ -21,9 +21,9 @@ TEST(DocumentFormats, AreFoundByFileEndingInAnyCase) {
     const char* fileName;
     const char* format;
   } const cases[] = {
-      {"results.json", "json"},   {"out/a.b.JSON", "json"}, {"r.txt", "text"},
-      {".json", "json"},          {"results", nullptr},     {"json", nullptr},
-      {"results.jsonl", nullptr}, {"out.txt/", nullptr},    {"", nullptr},
+      {"results.json", "json"}, {"out/a.b.JSON", "json"},   {"r.txt", "text"},     {".json", "json"},
+      {"results", nullptr},     {"json", nullptr},          {"r.md", "markdown"},  {"r.HTML", "html"},
+      {"r.htm", nullptr},       {"results.jsonl", nullptr}, {"out.txt/", nullptr}, {"", nullptr},
   };
   for (const auto& c : cases) {
     const DocumentFormat* const format = FindFormatByFileName(c.fileName);

@@ -57,7 +57,9 @@ std::string Alternatives(const std::vector<std::string_view>& texts) {
 
 std::string FileEndings() {
   std::vector<std::string_view> endings;
-  for (const DocumentFormat& format : DocumentFormats()) endings.push_back(format.FileEnding);
+  for (const DocumentFormat& format : DocumentFormats()) {
+    if (format.WriteFiles == nullptr) endings.push_back(format.FileEnding);
+  }
   return Alternatives(endings);
 }
 
@@ -199,8 +201,11 @@ void AddOutput(CLI::App& command, FitOptions& options) {
       .add_option("--ph-transform", results.Transform,
                   "Time in the test of proportional hazards: " + ChoiceList(TransformChoices()) + "; default identity")
       ->type_name("NAME");
-  AddRepeatable(command, "--output", typed.Outputs,
-                fmt::format("Write to a file ({}) instead of standard output (repeatable)", FileEndings()))
+  AddRepeatable(
+      command, "--output", typed.Outputs,
+      fmt::format("Write to a file ({}), or to a folder\nwhose name ends in /, one CSV file a table, instead of "
+                  "standard output (repeatable)",
+                  FileEndings()))
       ->type_name("FILE");
   command
       .add_option("--format", typed.Format,
@@ -276,7 +281,8 @@ std::vector<OutputTarget> CompleteTargets(const std::vector<std::string>& files,
   for (const std::string& file : files) {
     const DocumentFormat* format = FindFormatByFileName(file);
     if (format == nullptr) {
-      throw DefinitionError(fmt::format("--output {}: the ending decides the form: use {}.", file, FileEndings()));
+      throw DefinitionError(fmt::format(
+          "--output {}: the ending decides the form: use {}, or a folder name that ends in /.", file, FileEndings()));
     }
     for (const OutputTarget& target : targets) {
       if (target.File == file) throw DefinitionError(fmt::format("--output {} is given twice.", file));

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "standalone/documents/CsvFolder.h"
 #include "standalone/documents/HtmlWriter.h"
 #include "standalone/documents/JsonWriter.h"
 #include "standalone/documents/MarkdownWriter.h"
@@ -11,10 +12,9 @@ namespace orv {
 namespace {
 
 constexpr DocumentFormat Formats[] = {
-    {"text", ".txt", true, WriteText},
-    {"markdown", ".md", true, WriteMarkdown},
-    {"html", ".html", false, WriteHtml},
-    {"json", ".json", true, WriteJson},
+    {"text", ".txt", true, WriteText},           {"markdown", ".md", true, WriteMarkdown},
+    {"html", ".html", false, WriteHtml},         {"json", ".json", true, WriteJson},
+    {"csv", "/", false, nullptr, WriteCsvFiles},
 };
 
 char LowerAscii(char character) {

@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "standalone/documents/ChartSheets.h"
 #include "standalone/documents/HtmlStyle.h"
 #include "standalone/documents/HtmlText.h"
 #include "standalone/documents/RunFacts.h"

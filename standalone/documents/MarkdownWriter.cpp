@@ -5,6 +5,7 @@
 #include <variant>
 #include <vector>
 
+#include "standalone/documents/ChartSheets.h"
 #include "standalone/documents/DisplayText.h"
 #include "standalone/documents/MarkdownText.h"
 #include "standalone/documents/RunFacts.h"

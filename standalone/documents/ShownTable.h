@@ -30,7 +30,4 @@ ShownTable MakeShownTable(const SheetContent& sheet);
 // The lines of all titles, printable, without empty ones.
 std::vector<std::string> TitleLines(const std::vector<std::string>& titles);
 
-// What a table can tell of a chart: one row a series, with the number of its points and the range of each axis.
-SheetContent RangesOfSeries(const ChartContent& chart);
-
 }  // namespace orv

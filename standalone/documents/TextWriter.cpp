@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "standalone/documents/ChartSheets.h"
 #include "standalone/documents/DisplayText.h"
 #include "standalone/documents/ShownTable.h"
 #include "standalone/documents/TableLayout.h"

@@ -103,6 +103,9 @@ class FitRun {
   void Write(const CCoxPH& analysis, const StandaloneHost& host) {
     const RunReport report = ReportRun(analysis, host, ORV_VERSION);
     for (const OutputTarget& target : m_options.Targets) {
+      CheckDocumentsFit(*target.Format, target.File, host.Documents());
+    }
+    for (const OutputTarget& target : m_options.Targets) {
       WriteDocuments(*target.Format, target.File, report, host.Documents());
     }
     if (m_options.Targets.empty()) WriteToStandardOutput(report, host);

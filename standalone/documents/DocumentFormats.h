@@ -27,6 +27,9 @@ struct DocumentFormat {
   std::string (*Write)(const RunReport& report, const ResultDocuments& documents, const WriteOptions& options);
   // The files of a form that is a folder, null for the others.
   void (*WriteFiles)(const RunReport& report, const ResultDocuments& documents, const FileSink& sink) = nullptr;
+  // Why the form cannot hold the documents, empty when it can; the text follows "cannot be written: ". Null for a form
+  // that can hold any.
+  std::string (*WhyNot)(const ResultDocuments& documents) = nullptr;
 };
 
 std::span<const DocumentFormat> DocumentFormats();

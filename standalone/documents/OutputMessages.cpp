@@ -44,6 +44,10 @@ void FailForFileInPlaceOfFolder(const std::filesystem::path& target) {
   Fail(target, "this is a file. Name a folder.");
 }
 
+void FailForForm(const std::filesystem::path& target, const std::string& reason) {
+  Fail(target, reason);
+}
+
 void FailForTemporaryNames(const std::filesystem::path& target,
                            const std::filesystem::path& first,
                            const std::filesystem::path& last) {

@@ -24,6 +24,8 @@ namespace OutputMessages {
 [[noreturn]] void FailForMissingFolder(const std::filesystem::path& target, const std::filesystem::path& folder);
 [[noreturn]] void FailForFolderInPlaceOfFile(const std::filesystem::path& target);
 [[noreturn]] void FailForFileInPlaceOfFolder(const std::filesystem::path& target);
+// The form of output has no room for the results; `reason` says why and what to do.
+[[noreturn]] void FailForForm(const std::filesystem::path& target, const std::string& reason);
 // All temporary names from `first` to `last` are taken.
 [[noreturn]] void FailForTemporaryNames(const std::filesystem::path& target,
                                         const std::filesystem::path& first,

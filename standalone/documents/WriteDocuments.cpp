@@ -14,6 +14,11 @@ void CheckOutputPlace(const DocumentFormat& format, const std::string& path) {
   OutputMessages::FailForMissingFolder(path, folder);
 }
 
+void CheckDocumentsFit(const DocumentFormat& format, const std::string& path, const ResultDocuments& documents) {
+  const std::string reason = format.WhyNot == nullptr ? "" : format.WhyNot(documents);
+  if (!reason.empty()) OutputMessages::FailForForm(path, reason);
+}
+
 void WriteDocuments(const DocumentFormat& format,
                     const std::string& path,
                     const RunReport& report,

@@ -4,12 +4,14 @@
 
 #include "SampleDocuments.h"
 #include "standalone/documents/DocumentFormats.h"
+#include "support/ZipListing.h"
 
 namespace orv {
 namespace {
 
 // The files of a form that is a folder stand one behind the other.
 std::string Written(const DocumentFormat& format, const ResultDocuments& documents) {
+  if (format.Name == "xlsx") return testing::ListZip(format.Write({}, documents, {}));
   if (format.WriteFiles == nullptr) return format.Write({}, documents, {});
   std::string all;
   format.WriteFiles({}, documents,
@@ -18,7 +20,7 @@ std::string Written(const DocumentFormat& format, const ResultDocuments& documen
 }
 
 TEST(DocumentFormats, AreFoundByName) {
-  for (const char* name : {"text", "markdown", "html", "json", "csv"}) {
+  for (const char* name : {"text", "markdown", "html", "json", "xlsx", "csv"}) {
     ASSERT_NE(FindFormatByName(name), nullptr) << name;
     EXPECT_EQ(FindFormatByName(name)->Name, name);
   }
@@ -30,10 +32,23 @@ TEST(DocumentFormats, AreFoundByFileEndingInAnyCase) {
     const char* fileName;
     const char* format;
   } const cases[] = {
-      {"results.json", "json"},   {"out/a.b.JSON", "json"}, {"r.txt", "text"},    {".json", "json"},
-      {"results", nullptr},       {"json", nullptr},        {"r.md", "markdown"}, {"r.HTML", "html"},
-      {"r.htm", nullptr},         {"out/", "csv"},          {"out", nullptr},     {"out.csv", nullptr},
-      {"results.jsonl", nullptr}, {"out.txt/", "csv"},      {"", nullptr},
+      {"results.json", "json"},
+      {"out/a.b.JSON", "json"},
+      {"r.txt", "text"},
+      {".json", "json"},
+      {"results", nullptr},
+      {"json", nullptr},
+      {"r.md", "markdown"},
+      {"r.HTML", "html"},
+      {"r.htm", nullptr},
+      {"r.xlsx", "xlsx"},
+      {"r.xls", nullptr},
+      {"out/", "csv"},
+      {"out", nullptr},
+      {"out.csv", nullptr},
+      {"results.jsonl", nullptr},
+      {"out.txt/", "csv"},
+      {"", nullptr},
   };
   for (const auto& c : cases) {
     const DocumentFormat* const format = FindFormatByFileName(c.fileName);

@@ -109,9 +109,12 @@ std::error_code WriteAndFlush(int descriptor, std::string_view content) {
     if (written < 0) return LastSystemError();
     content.remove_prefix(static_cast<std::size_t>(written));
   }
+  int result = 0;
+  do {
+    result = fsync(descriptor);
+  } while (result != 0 && errno == EINTR);
   // EINVAL: nothing that could be flushed, as with some file systems of networks.
-  if (fsync(descriptor) != 0 && errno != EINVAL) return LastSystemError();
-  return {};
+  return result == 0 || errno == EINVAL ? std::error_code{} : LastSystemError();
 }
 
 }  // namespace orv

@@ -5,14 +5,12 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <map>
-#include <thread>
 
 #include "cli/RunningProgram.h"
 #include "cli/TemporaryFolder.h"
@@ -27,18 +25,15 @@ using Files = std::map<std::string, std::string>;
 constexpr std::chrono::seconds kPatience{120};  // for builds with sanitizers on a busy machine
 constexpr int kKilled = 128 + SIGKILL;
 constexpr int kFileError = 3;
-constexpr int kMostAttempts = 60;
+constexpr int kMoments = 12;  // of the time that a run takes to write, in which runs are killed
+constexpr int kMostAttempts = 4 * kMoments;
 constexpr int kEnoughKills = 5;
-// After the run has begun to write. Most of them end before it has written everything, on a slow disk all.
-constexpr std::array<std::chrono::microseconds, 5> kMoments{
-    {std::chrono::microseconds(0), std::chrono::microseconds(200), std::chrono::microseconds(700),
-     std::chrono::microseconds(2000), std::chrono::microseconds(6000)}};
 constexpr const char* kUnfinished = ".orvcox-unfinished-1";
 
 class UnfinishedOutput : public ::testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
-    constexpr int kCases = 20000;
+    constexpr int kCases = 3000;
     std::ofstream file(m_place.Path() / "long.csv");
     file << "time,status,age,dose\n";
     for (int i = 0; i < kCases; ++i) {
@@ -75,19 +70,41 @@ class UnfinishedOutput : public ::testing::TestWithParam<const char*> {
     return run.ExitCode();
   }
 
-  // Starts a run, and kills it so many microseconds after it has begun to write. Returns its exit code.
-  int RunAndKill(const char* covariate, std::chrono::microseconds after) const {
+  // How long a run has something unfinished in the folder.
+  std::chrono::microseconds RunAndMeasureWriting(const char* covariate) const {
     const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
     RunningProgram run({ORV_PROGRAM, Arguments(covariate), Folder(), null, null, null});
-    const auto deadline = std::chrono::steady_clock::now() + kPatience;
-    while (!fs::exists(Folder() / kUnfinished) && !run.WaitFor(std::chrono::milliseconds(0)) &&
-           std::chrono::steady_clock::now() < deadline) {
+    WaitForWriting(run);
+    const auto begin = std::chrono::steady_clock::now();
+    while (HasLitter() && !run.WaitFor(std::chrono::milliseconds(0))) {
     }
-    std::this_thread::sleep_for(after);
+    const auto end = std::chrono::steady_clock::now();
+    EXPECT_TRUE(run.WaitFor(kPatience));
+    EXPECT_EQ(run.ExitCode(), 0);
+    close(null);
+    return std::chrono::duration_cast<std::chrono::microseconds>(end - begin);
+  }
+
+  // Starts a run, and kills it so long after it has begun to write. Returns its exit code.
+  int RunAndKill(const char* covariate, std::chrono::microseconds after) const {
+    fs::remove_all(Folder() / kUnfinished);
+    const int null = open("/dev/null", O_RDWR | O_CLOEXEC);
+    RunningProgram run({ORV_PROGRAM, Arguments(covariate), Folder(), null, null, null});
+    WaitForWriting(run);
+    const auto moment = std::chrono::steady_clock::now() + after;
+    while (std::chrono::steady_clock::now() < moment) {
+    }
     run.Send(SIGKILL);
     EXPECT_TRUE(run.WaitFor(kPatience));
     close(null);
     return run.ExitCode();
+  }
+
+  // Until the run has begun to write or has ended. REQUIRES: nothing unfinished was there when it started.
+  void WaitForWriting(RunningProgram& run) const {
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (!HasLitter() && !run.WaitFor(std::chrono::milliseconds(0)) && std::chrono::steady_clock::now() < deadline) {
+    }
   }
 
   fs::path Folder() const { return m_place.Path() / "out"; }
@@ -113,15 +130,15 @@ class UnfinishedOutput : public ::testing::TestWithParam<const char*> {
 TEST_P(UnfinishedOutput, OfAKilledRunNeverMixesWithWhatWasThere) {
   ASSERT_EQ(Run("age"), 0);
   const Files first = Finished();
-  ASSERT_EQ(Run("dose"), 0);
+  const std::chrono::microseconds writing = RunAndMeasureWriting("dose");
   const Files second = Finished();
   ASSERT_FALSE(first == second) << "the two runs must differ for this test";
 
   int killedWhileWriting = 0;
   const Files* before = &second;
-  for (int k = 0; k < kMostAttempts && killedWhileWriting < kEnoughKills; ++k) {
+  for (int k = 0; k < kMostAttempts && (k < kMoments || killedWhileWriting < kEnoughKills); ++k) {
     const bool isFirst = k % 2 == 0;
-    const bool isKilled = RunAndKill(isFirst ? "age" : "dose", kMoments[k % kMoments.size()]) == kKilled;
+    const bool isKilled = RunAndKill(isFirst ? "age" : "dose", writing * (k % kMoments) / kMoments) == kKilled;
     const Files& after = isFirst ? first : second;
     const Files found = Finished();
     ASSERT_TRUE(found == *before || found == after) << "attempt " << k;
@@ -130,6 +147,8 @@ TEST_P(UnfinishedOutput, OfAKilledRunNeverMixesWithWhatWasThere) {
   }
   EXPECT_GT(killedWhileWriting, 0) << "no run was killed while it wrote, so nothing was tested";
 
+  for (int k = 0; k < kMostAttempts && !HasLitter(); ++k) RunAndKill("dose", std::chrono::microseconds(0));
+  EXPECT_TRUE(HasLitter());
   EXPECT_EQ(Run("age"), 0);
   EXPECT_TRUE(Finished() == first);
   EXPECT_FALSE(HasLitter()) << "a later run removes what a killed one left";

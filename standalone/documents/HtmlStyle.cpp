@@ -34,7 +34,7 @@ table, pre, dl { font-size: 0.9375rem; }
 table + table { margin-top: 1.25rem; }
 .box:focus-visible { outline: 2px solid var(--soft); outline-offset: 4px; }
 table { border-collapse: collapse; font-variant-numeric: lining-nums tabular-nums; line-height: 1.35; }
-table { width: max-content; border-top: 2px solid var(--strong-rule); border-bottom: 2px solid var(--strong-rule); }
+table { border-top: 2px solid var(--strong-rule); border-bottom: 2px solid var(--strong-rule); }
 caption { padding: 0 0 0.4rem; color: var(--soft); font-size: 0.95em; text-align: left; white-space: nowrap; }
 th, td { padding: 0.28rem 0.6rem; text-align: right; vertical-align: baseline; white-space: nowrap; font-weight: 400; }
 th:first-child, td:first-child { padding-left: 0.4rem; }
@@ -50,6 +50,9 @@ th.m:first-child { box-shadow: inset 3px 0 0 var(--ink); }
 pre {
   margin: 0; padding: 0.9rem 1rem; border: 1px solid var(--rule); line-height: 1.4; tab-size: 4;
   font-family: ui-monospace, "DejaVu Sans Mono", Menlo, Consolas, monospace; font-size: 0.8125rem;
+}
+@media screen and (max-width: 60rem) {
+  table { width: max-content; }
 }
 @media (max-width: 40rem) {
   body { font-size: 1rem; }
@@ -69,7 +72,6 @@ pre {
   h1 { font-size: 18pt; }
   h2 { margin-top: 16pt; font-size: 12.5pt; }
   table, dl { font-size: 8.5pt; }
-  table { width: auto; }
   pre { border: 0; padding: 0; font-size: 8pt; white-space: pre-wrap; overflow-wrap: anywhere; }
   .box { overflow: visible; }
   .wide table { font-size: 7pt; }
@@ -77,7 +79,8 @@ pre {
   .t { max-width: 11rem; }
   thead { display: table-header-group; }
   tr, caption { break-inside: avoid; }
-  caption { break-after: avoid; }
+  caption, thead, tbody tr:nth-child(-n + 2) { break-after: avoid; }
+  table:not(:has(tr:nth-child(20))) { break-inside: avoid; }
   .m { -webkit-print-color-adjust: exact; print-color-adjust: exact; }
 }
 )css";

@@ -7,18 +7,22 @@ namespace orv::bench {
 
 // The figures that a case leaves for the report, as counters of the benchmark.
 namespace Figures {
-inline constexpr char Cases[] = "cases";                   // n
-inline constexpr char Columns[] = "columns";               // p, or the columns of a file
-inline constexpr char MultiplyAdds[] = "madds";            // in one iteration, see MultiplyAddsOfPass
-inline constexpr char Bytes[] = "bytes";                   // read in one iteration
-inline constexpr char Passes[] = "passes";                 // over the cases in one iteration
-inline constexpr char ScanSeconds[] = "scan_s";            // what a plain scan of the same bytes takes
-inline constexpr char Events[] = "events";                 // complete cases
-inline constexpr char TiedEvents[] = "tied";               // d, the events at each time that has any
-inline constexpr char Subsets[] = "subsets";               // that the definition of the discrete likelihood sums over
-inline constexpr char RecursionSeconds[] = "recursion_s";  // what the recursion over the same members takes
-inline constexpr char TakesEnumeration[] = "enumerated";   // 1 when the pass would enumerate them, else 0
-inline constexpr char Pairs[] = "pairs";                   // of an event time and a row at risk
+inline constexpr char Cases[] = "cases";                     // n
+inline constexpr char Columns[] = "columns";                 // p, or the columns of a file
+inline constexpr char MultiplyAdds[] = "madds";              // in one iteration, see MultiplyAddsOfPass
+inline constexpr char Bytes[] = "bytes";                     // read in one iteration
+inline constexpr char Passes[] = "passes";                   // over the cases in one iteration
+inline constexpr char ScanSeconds[] = "scan_s";              // what a plain scan of the same bytes takes
+inline constexpr char Events[] = "events";                   // complete cases
+inline constexpr char TiedEvents[] = "tied";                 // d, the events at each time that has any
+inline constexpr char Subsets[] = "subsets";                 // that the definition of the discrete likelihood sums over
+inline constexpr char RecursionSeconds[] = "recursion_s";    // what the recursion over the same members takes
+inline constexpr char TakesEnumeration[] = "enumerated";     // 1 when the pass would enumerate them, else 0
+inline constexpr char Steps[] = "steps";                     // of a selection
+inline constexpr char FitSeconds[] = "fits_s";               // what their fits and evaluations take
+inline constexpr char Scored[] = "scored";                   // subsets that a search looks at
+inline constexpr char ExhaustiveSeconds[] = "exhaustive_s";  // what looking at all takes; 0 when not measured
+inline constexpr char Pairs[] = "pairs";                     // of an event time and a row at risk
 }  // namespace Figures
 
 // "pass/efron/heavy-ties/100000x10": what is timed, on which kind of data, and their size.
@@ -42,6 +46,8 @@ void RegisterSubsetBenchmarks();
 void RegisterTimeDependentBenchmarks();
 // derived/...: residuals and what else follows from a fit.
 void RegisterDerivedBenchmarks();
+// select/...: a table in memory to the model selected, and the search for best subsets.
+void RegisterSelectionBenchmarks();
 // fit/...: a table in memory to the fitted model, with the cases read and sorted.
 void RegisterFitBenchmarks();
 

@@ -31,6 +31,11 @@ class SurvivalAnalysis {
   // of the table. Throws std::runtime_error when memory is out.
   std::unique_ptr<PartialLikelihood> MakePass();
 
+  // The options, for what is not of the kind of data.
+  CoxSettings& Settings() { return m_analysis.m_Settings; }
+  // The options as they were before a selection reduced them.
+  void RestoreFullModel() { m_analysis.RestoreFullModelData(); }
+
   const MemoryTable& Table() const { return m_table; }
   Host& GetHost() { return m_host; }
 

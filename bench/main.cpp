@@ -26,6 +26,8 @@ pays once before it, the starts sorted. discrete: the same under the discrete li
 subsets: the sums over the subsets of one risk set by enumeration. timedependent: the same with the covariate
 x1*log(T_+1), whose values the first pass computes and the further ones have kept. fit: the table in memory to the
 fitted model, cases and baseline included. derived: one family of residuals from a fit, with those that it needs.
+select/forward: a table in memory to the model that forward selection finds; select/best: the bounded search for best
+subsets, without a fit.
 
 Each case is checked before it is timed. Times are CPU times of the one thread, medians over the runs; the spread is
 the middle half of the runs relative to the median.
@@ -42,6 +44,8 @@ the middle half of the runs relative to the median.
   subsets      that the definition of the discrete likelihood sums over: of d of each risk set, all times together
   of recursion the time of the enumeration against that of the recursion over the same members; taken: what the pass
                over intervals takes for them
+  of all       the fits and evaluations of the steps, made again without the tests, against the whole run
+  scored       subsets that the bounded search looks at; exhaustive: what looking at every one of them takes
   pairs        of an event time and a row at risk
 )";
 
@@ -102,6 +106,7 @@ int Run(int argc, char** argv) {
   RegisterDiscreteBenchmarks();
   RegisterSubsetBenchmarks();
   RegisterTimeDependentBenchmarks();
+  RegisterSelectionBenchmarks();
   RegisterFitBenchmarks();
   RegisterDerivedBenchmarks();
   const MachineSpeed start = MeasureMachine();

@@ -23,8 +23,7 @@ namespace orv {
 
 namespace {
 
-// Announced options and commands whose results do not exist in this version.
-constexpr std::array<std::string_view, 4> kNotYetOptions = {"--select", "--p-enter", "--p-remove", "--force"};
+// Announced commands whose results do not exist in this version.
 constexpr std::array<std::string_view, 2> kNotYetCommands = {"run", "convert"};
 
 template <typename Names>
@@ -34,13 +33,6 @@ bool Contains(const Names& names, std::string_view name) {
 
 [[noreturn]] void FailAsNotYet(const std::string& name) {
   throw DefinitionError(fmt::format("{}: not available yet in this version.", name));
-}
-
-void CheckAvailable(const std::vector<std::string>& arguments) {
-  for (const std::string& argument : arguments) {
-    const std::string option = argument.substr(0, argument.find('='));
-    if (Contains(kNotYetOptions, option)) FailAsNotYet(option);
-  }
 }
 
 // CLI11 puts two blank lines between groups of options.
@@ -110,7 +102,6 @@ class Program {
       CheckProgramArguments(arguments);
     } else {
       const std::vector<std::string> own(arguments.begin() + 1, arguments.end());
-      CheckAvailable(own);
       checked = CheckArguments(*command, own, "the file with the cases");
       checked.insert(checked.begin(), arguments[0]);
     }

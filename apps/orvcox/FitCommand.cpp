@@ -36,6 +36,7 @@ int CreateResults(CCoxPH& analysis, CCoxPHResults& results, StandaloneHost& host
       {"covariance", [&] { analysis.CreateCovarianceSpreadsheet(); }},
       {"correlation", [&] { analysis.CreateCorrelationSpreadsheet(); }},
       {"contrast", [&] { refused += results.EstimateLinearCombination() != 0 ? 1 : 0; }},
+      {"steps", [&] { results.ModelBuildingSummary(); }},
       {"residuals", [&] { refused += results.CreateResidualTable(); }},
       {"survivor", [&] { results.CreateSurvivorSummary(); }},
       {"hazard", [&] { results.CreateCumulativeHazardSummary(); }},

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <optional>
 
+#include "core/CoxSettings.h"
 #include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/ListSyntax.h"
@@ -23,7 +24,7 @@ constexpr int kLargestExponent = 12;
 constexpr double kLowestConfidence = 0.0001;
 constexpr double kHighestConfidence = 0.9999;
 
-const std::vector<std::string> kNotYetResults = {"steps", "c", "pmml", "plots"};
+const std::vector<std::string> kNotYetResults = {"c", "pmml", "plots"};
 
 const std::vector<std::string> kDefaultResults = {"summary", "estimates"};
 const std::string kAllResults = "all";
@@ -171,6 +172,31 @@ void AddMethod(CLI::App& command, FitOptions& options) {
   command.add_option("--confidence", typed.Confidence, "Level of confidence limits; default 0.95")->type_name("LEVEL");
 }
 
+void AddModelBuilding(CLI::App& command, FitOptions& options) {
+  auto& typed = options.AsTyped;
+  const CoxSettings defaults;
+  command
+      .add_option("--select", options.Definition.Select,
+                  "Which effects the model keeps: " + ChoiceList(SelectionChoices()) +
+                      ".\nbest compares models of all sizes and fits all effects; default all")
+      ->type_name("NAME");
+  command
+      .add_option("--p-enter", typed.PEnter,
+                  fmt::format("Forward and stepwise: the largest p value with which an effect enters; default {}",
+                              defaults.PToEnter))
+      ->type_name("P");
+  command
+      .add_option("--p-remove", typed.PRemove,
+                  fmt::format("Backward and stepwise: the largest p value with which an effect stays; default {}",
+                              defaults.PToRemove))
+      ->type_name("P");
+  command
+      .add_option(
+          "--force", typed.Force,
+          fmt::format("The first N effects of the design are in every model; default {}", defaults.EffectsToForce))
+      ->type_name("N");
+}
+
 void AddOutput(CLI::App& command, FitOptions& options) {
   auto& typed = options.AsTyped;
   ResultDefinition& results = options.Results;
@@ -220,6 +246,21 @@ int CompleteCount(const std::string& option, const std::string& text, int highes
   const std::optional<int> number = ParseWholeNumber(text);
   if (number && *number >= 1 && *number <= highest) return *number;
   throw DefinitionError(fmt::format("{} {}: use a whole number from 1 to {}.", option, text, highest));
+}
+
+std::optional<double> CompleteProbability(const std::string& option, const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  const std::optional<double> probability = ParseNumber(text);
+  // Its range is checked by the module.
+  if (!probability) throw DefinitionError(fmt::format("{}: \"{}\" is not a number, such as 0.05.", option, text));
+  return probability;
+}
+
+std::optional<int> CompleteForced(const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  const std::optional<int> effects = ParseWholeNumber(text);
+  if (effects && *effects >= 0) return effects;
+  throw DefinitionError(fmt::format("--force {}: use a whole number from 0 to the number of effects.", text));
 }
 
 double CompleteConfidence(const std::string& text, double fallback) {
@@ -311,6 +352,9 @@ void CompleteOptions(FitOptions& options) {
   d.ToleranceExponent =
       CompleteCount("--tolerance-exponent", typed.ToleranceExponent, kLargestExponent, d.ToleranceExponent);
   options.Results.Confidence = CompleteConfidence(typed.Confidence, options.Results.Confidence);
+  d.PEnter = CompleteProbability("--p-enter", typed.PEnter);
+  d.PRemove = CompleteProbability("--p-remove", typed.PRemove);
+  d.Force = CompleteForced(typed.Force);
   d.StartValues = CompleteStartValues(typed.StartValues);
   d.FixedCoefficients = CompleteCoefficients(typed.Fix);
   options.Results.Results = CompleteResults(typed.Show);
@@ -335,6 +379,8 @@ CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
   AddDesign(*fit, options.Definition);
   beginGroup("Method");
   AddMethod(*fit, options);
+  beginGroup("Model building");
+  AddModelBuilding(*fit, options);
   beginGroup("Results");
   AddOutput(*fit, options);
   fit->footer(
@@ -346,6 +392,8 @@ CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
       "  orvcox fit lung.csv --time time --status status --event 2 --censored 1 --covariates age --strata sex\n"
       "  orvcox fit heart.csv --interval start stop --status event --covariates age --ties discrete --where \"year > "
       "1\"\n"
+      "  orvcox fit veteran.csv --time time --status status --covariates karno,diagtime,age --factors celltype \\\n"
+      "      --select stepwise --p-enter 0.1 --show steps,estimates\n"
       "  orvcox fit veteran.csv --time time --status status --covariates karno --time-covariate "
       "\"kt=karno*log(T_+1)\"\n"
       "  orvcox fit veteran.csv --time time --status status --covariates karno --factors trt \\\n"

@@ -30,6 +30,9 @@ struct FitOptions {
     std::string MaxIterations;
     std::string ToleranceExponent;
     std::string Confidence;
+    std::string PEnter;
+    std::string PRemove;
+    std::string Force;
     std::vector<std::string> StartValues;
     std::vector<std::string> Fix;
     std::vector<std::string> Show;

@@ -179,6 +179,23 @@ std::string NoteOnVariance(const CCoxPH& analysis) {
   return fmt::format("standard errors, tests and limits are robust{}.", clusters);
 }
 
+// What a selection has kept, since the tables show the model selected alone.
+std::string NoteOnSelection(const CCoxPH& analysis) {
+  const CoxSettings& settings = analysis.m_Settings;
+  const bool isReduced = analysis.m_pCoxFit && analysis.m_pCoxData && !analysis.m_pCoxFit->m_KeptColumns.empty();
+  if (!isReduced) return {};
+  const std::string_view kind = settings.ModelBuilding == ModelBuildings::Forward    ? "forward"
+                                : settings.ModelBuilding == ModelBuildings::Backward ? "backward"
+                                                                                     : "stepwise";
+  // The table of steps says the same whether all effects were forced or none qualified.
+  const CCoxFit& fit = *analysis.m_pCoxFit;
+  const std::size_t tried = fit.m_ForwardNames.size() + fit.m_StepActions.size() + fit.m_BackwardNames.size();
+  const bool hasSteps = tried > static_cast<std::size_t>(fit.EffectsForcedInModel);
+  const std::string_view outcome = hasSteps ? "" : ", without a step";
+  return fmt::format("{} selection kept {} of {} effects{}: {}.", kind, settings.DesignEffects.size(),
+                     settings.BackupDesignEffects.size(), outcome, fmt::join(settings.DesignEffects, ", "));
+}
+
 }  // namespace
 
 RunReport ReportRun(const CCoxPH& analysis, const StandaloneHost& host, const std::string& version) {
@@ -205,6 +222,8 @@ std::vector<std::string> NotesOnRun(const CCoxPH& analysis, const StandaloneHost
     const std::string exclusions = NoteOnExclusions(*cases, analysis.m_Settings);
     if (!exclusions.empty()) notes.push_back(exclusions);
   }
+  const std::string selection = NoteOnSelection(analysis);
+  if (!selection.empty()) notes.push_back(selection);
   for (const LeftOutColumn& column : LeftOutColumns(analysis)) {
     notes.push_back(NoteOnColumn(column, analysis.m_Settings.UseStartValues));
   }

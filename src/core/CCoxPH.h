@@ -44,9 +44,12 @@ class CCoxPH : public CAnalysisSupport {
 
   // ---- Options ------------------------------------------------------------------------------------------------
   // Another data file was opened: the options go back to their defaults (see ResetSettings).
-  void ResetOptions() { ResetSettings(m_Settings); }
-  // Snapshots what model building will shrink: predictors, codes, effects. Modify restores the full model from it.
+  void ResetOptions();
+  // Snapshots what model building will shrink: predictors, codes, effects, start values. Does nothing while the options
+  // hold the model of a selection.
   void BackupFullModelData();
+  // Puts the full model back when a run has reduced the options to the effects selected. Otherwise nothing happens.
+  void RestoreFullModelData();
   // Gathers the predictor and weight variables and drops them. Kept because scripts call it.
   int ReadData();
   // Splits `text` at any of the characters of `delimiters`, drops leading blanks of each piece, and drops pieces that
@@ -65,12 +68,14 @@ class CCoxPH : public CAnalysisSupport {
 
   // ---- A run --------------------------------------------------------------------------------------------------
   // Fits the model that the options define. Returns 0 on success, 1 after a message, or silently when cancelled while
-  // reading. The options stay as they were.
+  // reading. The options stay as they were, but that a selection reduces them to its effects until the analysis is
+  // modified; best subsets fall back to all effects where they are not offered.
   int RunCoxRegression(void* parent);
   // What OK in the startup dialog does: reads the fields, checks, and runs with the results locked. A failed run
   // leaves no run objects behind. Returns 0 when the results can be shown.
   int RunFromStartup(StartupFields& fields, void* parent);
-  // Back from the results to the startup dialog: releases the run objects and resets ModelBuilding.
+  // Back from the results to the startup dialog: releases the run objects, puts the full model back and resets
+  // ModelBuilding.
   void ModifyAnalysis();
   // The number of coefficients of the design as the options stand, without reading a case.
   int DesignCoefficientCount();
@@ -103,7 +108,17 @@ class CCoxPH : public CAnalysisSupport {
   int m_DocumentFlag = 0;  // a flag of the analysis document: cleared by the script functions, set again by dialogs
 
  private:
+  void FallBackFromBestSubsets();
+  int FitModel();
+  // Runs the search of the options and reduces the design to what it chose. Returns 1 after a message. Throws
+  // NumericalFailure from the exhaustive search for best subsets.
+  int BuildModel();
+
   std::unique_ptr<CCoxData> m_pReplacedData;  // kept alive for m_pCoxFit
+  bool m_isReduced = false;                   // the options hold the effects of a selection alone
+  // Of the full model, with its backups.
+  std::vector<double> m_fullStartValues;
+  std::vector<bool> m_fullFixedFlags;
 };
 
 }  // namespace orv

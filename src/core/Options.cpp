@@ -6,7 +6,14 @@
 
 namespace orv {
 
+void CCoxPH::ResetOptions() {
+  ResetSettings(m_Settings);
+  m_isReduced = false;
+}
+
 void CCoxPH::BackupFullModelData() {
+  // What a selection has left is not the full model.
+  if (m_isReduced) return;
   CoxSettings& s = m_Settings;
   s.BackupCovariateVariables = s.CovariateVariables;
   s.BackupCovariateCount = s.CovariateCount;
@@ -18,6 +25,26 @@ void CCoxPH::BackupFullModelData() {
   s.BackupFactorCodes = s.FactorCodes;
   s.BackupDesignEffects = s.DesignEffects;
   s.BackupEffectSymbols = s.EffectSymbols;
+  m_fullStartValues = s.StartValues;
+  m_fullFixedFlags = s.FixedParameterFlags;
+}
+
+void CCoxPH::RestoreFullModelData() {
+  if (!m_isReduced) return;
+  CoxSettings& s = m_Settings;
+  s.CovariateVariables = s.BackupCovariateVariables;
+  s.CovariateCount = s.BackupCovariateCount;
+  s.FactorVariables = s.BackupFactorVariables;
+  s.FactorCount = s.BackupFactorCount;
+  s.ReferenceCodeIndex = s.BackupReferenceCodeIndex;
+  s.ReferenceCodes = s.BackupReferenceCodes;
+  s.FactorCodeCounts = s.BackupFactorCodeCounts;
+  s.FactorCodes = s.BackupFactorCodes;
+  s.DesignEffects = s.BackupDesignEffects;
+  s.EffectSymbols = s.BackupEffectSymbols;
+  s.StartValues = m_fullStartValues;
+  s.FixedParameterFlags = m_fullFixedFlags;
+  m_isReduced = false;
 }
 
 int CCoxPH::ReadData() {

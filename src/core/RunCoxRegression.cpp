@@ -11,11 +11,18 @@ namespace orv {
 
 namespace {
 
-constexpr const char* kNotAvailable = "Analyses of this kind are not available in this version.";
+// No dialog can choose such a value.
+constexpr const char* kUnknownModelBuilding = "This kind of model building is not known.";
+
+bool IsKnownModelBuilding(int building) {
+  return building >= ModelBuildings::AllEffects && building <= ModelBuildings::BestSubsets;
+}
 
 }  // namespace
 
 int CCoxPH::RunCoxRegression(void* parent) {
+  RestoreFullModelData();
+  FallBackFromBestSubsets();
   ReplaceData(std::make_unique<CCoxData>(this));
   m_pCoxData->BuildDesign(m_Settings.InputType);
   if (m_pCoxData->FixedFlagConflict) {
@@ -29,20 +36,31 @@ int CCoxPH::RunCoxRegression(void* parent) {
   if (m_pCoxData->ReadCases(parent) != 0) return 1;
   BackupFullModelData();
   m_Settings.HasRun = true;
-
-  switch (m_Settings.ModelBuilding) {
-    case ModelBuildings::AllEffects:
-      ReplaceFit(std::make_unique<CCoxFit>(m_pCoxData.get(), m_Settings.Likelihood, m_Settings.InputType));
-      break;
-    default:
-      dsplst(0, kNotAvailable);
-      return 1;
+  if (!IsKnownModelBuilding(m_Settings.ModelBuilding)) {
+    dsplst(0, kUnknownModelBuilding);
+    return 1;
   }
-  m_pCoxFit->ResetResults();
+  ReplaceFit(std::make_unique<CCoxFit>(m_pCoxData.get(), m_Settings.Likelihood, m_Settings.InputType));
+  int failed = 1;
   try {
+    failed = FitModel();
+  } catch (...) {
+    RestoreFullModelData();
+    throw;
+  }
+  if (failed != 0) RestoreFullModelData();
+  return failed;
+}
+
+// Builds the model that the options ask for, fits it, and adds what every result needs.
+int CCoxPH::FitModel() {
+  try {
+    if (BuildModel() != 0) return 1;
+    m_pCoxFit->ResetResults();
     m_pCoxFit->FitCurrentModel();
   } catch (const NumericalFailure&) {
-    // A reset of the options leaves FinalFitReady off, and then the failure of a whole model arrives here.
+    // Two ways lead here: the exhaustive search for best subsets, and a fit of all effects after a reset of the
+    // options, which leaves FinalFitReady off.
     ShowText(TextIds::NoResultsAvailable);
     return 1;
   }
@@ -54,6 +72,7 @@ int CCoxPH::RunCoxRegression(void* parent) {
 }
 
 int CCoxPH::RunFromStartup(StartupFields& fields, void* parent) {
+  RestoreFullModelData();
   if (ReadStartupFields(fields, parent) != 0) return 1;
   if (CheckInputsForCorrectness(parent) != 0) return 1;
   const ResultsLock lock(GetHost());
@@ -65,6 +84,7 @@ int CCoxPH::RunFromStartup(StartupFields& fields, void* parent) {
 
 void CCoxPH::ModifyAnalysis() {
   ReleaseRunObjects();
+  RestoreFullModelData();
   // The choice of model building does not survive a Modify: the full model is shown again.
   m_Settings.ModelBuilding = ModelBuildings::AllEffects;
   m_Settings.HasRun = false;

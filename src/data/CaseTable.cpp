@@ -69,14 +69,15 @@ CaseTable::CaseTable(int rows, int columns) : m_rows(rows), m_columns(columns) {
 
 CaseTable CaseTable::Subset(std::string_view columns, std::string_view condition) && {
   const std::vector<int> kept = ListedColumns(columns, m_columns);
-  const CellCondition wanted = ParseCondition(condition, m_columns);
+  const bool keepsAllRows = condition.empty();
+  const CellCondition wanted = keepsAllRows ? CellCondition{} : ParseCondition(condition, m_columns);
 
   // Kept cells only move towards the front, so they can be written over the cells already read.
   double* out = m_cells.data();
   int rows = 0;
   for (int row = 1; row <= m_rows; ++row) {
     const double* in = GetRow(row, Access::Read);
-    if (in[wanted.Column - 1] != wanted.Value) continue;
+    if (!keepsAllRows && in[wanted.Column - 1] != wanted.Value) continue;
     for (const int column : kept) *out++ = in[column - 1];
     ++rows;
   }

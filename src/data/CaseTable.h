@@ -36,7 +36,7 @@ class CaseTable {
 
   // The listed columns of the rows that meet a condition.
   //   columns    "1-4", "1-4 6" or "1-4 6-8": numbers from 1, ascending
-  //   condition  "v5=0": column 5 holds 0
+  //   condition  "v5=0": column 5 holds 0. Empty: all rows
   // The table gives up its store: it is cut in place, so a large table is never held twice.
   // Throws std::invalid_argument for a text of another form or a column that does not exist.
   CaseTable Subset(std::string_view columns, std::string_view condition) &&;

@@ -6,11 +6,14 @@
 // fit alone; afterwards it is back on its raw scale.
 #pragma once
 
+#include <cstdint>
+#include <deque>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "fit/PartialLikelihood.h"
+#include "fit/SubsetNode.h"
 #include "fit/TieTable.h"
 
 namespace orv {
@@ -30,6 +33,12 @@ inline constexpr int IterationLimit = 2;  // the last evaluated vector, with its
 inline constexpr int Cancelled = 3;       // histories so far, no covariance
 inline constexpr int Failed = -1;         // numerical failure with nothing to fall back on; the data are gone
 }  // namespace FitStatuses
+
+// What a step of a stepwise selection did: the values of m_StepActions.
+namespace StepActions {
+inline constexpr int Entry = 1;
+inline constexpr int Removal = 2;
+}  // namespace StepActions
 
 using DenseMatrix = std::vector<std::vector<double>>;
 
@@ -192,6 +201,55 @@ class CCoxFit {
   bool m_BreslowValid = true;
   bool m_KaplanMeierValid = true;
   int m_RootFindFailed = 0;  // the equation solver of the product-limit baseline failed
+
+  // ---- Model building (filled in select/) ------------------------------------------------------------------------
+  // Effects count from 1 and so do their column ranges, as in CCoxData. The lists of a search stay readable after the
+  // design has been reduced; their numbers are then still those of the full design.
+  int EffectsForcedInModel = 0;       // leading entries of a step list that were taken in before the search
+  std::vector<int> m_KeptColumns;     // after a reduction: the columns of the full design that are left, from 0
+  std::vector<int> m_ForwardEffects;  // in the order of entry, forced effects first
+  std::vector<int> m_ForwardFirstColumns;
+  std::vector<int> m_ForwardLastColumns;
+  std::vector<double> m_ForwardPValues;  // at entry; -1 for a forced effect
+  std::vector<double> m_ForwardScores;   // score chi-square at entry; -1 for a forced effect
+  std::vector<std::string> m_ForwardNames;
+
+  std::vector<int> m_BackwardEffects;  // in the order of removal
+  std::vector<double> m_BackwardPValues;
+  std::vector<double> m_BackwardWalds;
+  std::vector<std::string> m_BackwardNames;
+  std::vector<int> m_KeptEffects;  // still in the model
+  std::vector<int> m_KeptFirstColumns;
+  std::vector<int> m_KeptLastColumns;
+  std::vector<std::string> m_KeptNames;
+  int m_ActiveEffectCount = 0;
+  std::vector<bool> m_EffectInModel;
+  std::vector<bool> m_ColumnInModel;
+  std::vector<int> m_ActiveEffectIndex;    // effects in the model, from 0
+  std::vector<int> m_ActiveFirstPosition;  // and the places of their columns in m_ActiveColumns, from 1
+  std::vector<int> m_ActiveLastPosition;
+
+  std::vector<int> m_StepActions;  // see StepActions; a forced effect has its number here, which readers skip
+  std::vector<int> m_StepEntered;  // in the order of entry, forced effects first
+  std::vector<double> m_StepScores;
+  std::vector<double> m_StepEntryPValues;
+  std::vector<std::string> m_StepEnteredNames;
+  std::vector<int> m_StepRemoved;
+  std::vector<double> m_StepWalds;
+  std::vector<double> m_StepRemovalPValues;
+  std::vector<std::string> m_StepRemovedNames;
+  std::vector<int> m_StepEffects;  // in the model now, in the order of entry
+  std::vector<int> m_StepFirstColumns;
+  std::vector<int> m_StepLastColumns;
+  std::vector<std::string> m_StepNames;
+
+  std::vector<double> m_SubsetScores;              // one a result row
+  std::vector<std::vector<bool>> m_SubsetMembers;  // its columns
+  int m_SubsetCount = 0;                           // result rows
+  bool m_SubsetBestPerSize = false;                // by the bounded search
+  std::vector<int> m_SubsetOrder;                  // the design column at each place of its sets; empty: as they are
+  std::deque<SubsetNode> m_SubsetQueue;            // its work list, processed from the front
+  std::uint64_t m_SubsetsScored = 0;               // how many subsets either search looked at
 
   std::string m_BestSubsetDelimiter = "**********COXPHBESTSUBSETSMODELDELIMITER**********";
 

@@ -13,6 +13,8 @@ namespace orv {
 
 void CCoxFit::FitCurrentModel() {
   ActiveParameterCount();
+  // The status of an earlier fit of a selection says nothing about this one.
+  m_FitStatus = FitStatuses::Converged;
   bool standardized = false;
   try {
     const FloatingPointRegime regime;

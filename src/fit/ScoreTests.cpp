@@ -41,11 +41,15 @@ void CCoxFit::EvaluateScoreAtStart() {
 }
 
 double CCoxFit::ScoreQuadraticForm(const double* score, const double* packed, const std::vector<bool>& inModel, int p) {
+  std::vector<std::size_t> members;
+  for (std::size_t column = 0; column < static_cast<std::size_t>(p); ++column) {
+    if (inModel[column]) members.push_back(column);
+  }
   double sum = 0.0;
-  for (std::size_t row = 0; row < static_cast<std::size_t>(p); ++row) {
-    if (!inModel[row]) continue;
-    for (std::size_t column = 0; column < row; ++column) {
-      if (inModel[column]) sum += 2.0 * score[row] * packed[PackedIndex(row, column)] * score[column];
+  for (std::size_t i = 0; i < members.size(); ++i) {
+    const std::size_t row = members[i];
+    for (std::size_t j = 0; j < i; ++j) {
+      sum += 2.0 * score[row] * packed[PackedIndex(row, members[j])] * score[members[j]];
     }
     sum += score[row] * packed[PackedIndex(row, row)] * score[row];
   }

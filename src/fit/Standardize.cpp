@@ -35,6 +35,9 @@ void CCoxFit::Standardize() {
   for (const ColumnScale& scale : scales) {
     if (!std::isfinite(scale.Mean) || !std::isfinite(scale.StdDev)) throw NumericalFailure();
   }
+  CoxSettings& settings = Owner().m_Settings;
+  // Before the table changes: memory may be out.
+  if (settings.HasFixedParameters) m_RawStartValues = settings.StartValues;
   for (int row = 1; row <= static_cast<int>(m_pData->ValidCaseCount); ++row) {
     double* cells = m_pData->CaseTable.GetRow(row, CaseTable::Access::Write);
     for (const ColumnScale& scale : scales) {
@@ -45,9 +48,7 @@ void CCoxFit::Standardize() {
   }
   // Only with fixed parameters: start values are otherwise taken as parameters of the standardised scale. Kept, since
   // saved start values depend on it.
-  CoxSettings& settings = Owner().m_Settings;
   if (!settings.HasFixedParameters) return;
-  m_RawStartValues = settings.StartValues;
   for (const ColumnScale& scale : scales) {
     const bool hasValue = scale.Column < settings.StartValues.size();
     if (hasValue && scale.StdDev > 0.0) settings.StartValues[scale.Column] *= scale.StdDev;

@@ -4,6 +4,7 @@
 
 #include "fit/CCoxFit.h"
 #include "inference/SweepPacked.h"
+#include "inference/UnitDiagonal.h"
 
 namespace orv {
 
@@ -41,20 +42,29 @@ std::vector<double> PackedCovariance(const Matrix& L, const Matrix& V, std::size
 
 }  // namespace
 
-double TestLinearHypothesis(const CCoxFit& fit,
-                            const std::vector<std::vector<double>>& L,
+double TestLinearHypothesis(const Matrix& L,
+                            const std::vector<double>& b,
+                            const Matrix& V,
                             double& estimate,
                             double& standardError,
                             int& df,
                             int& failed) {
   df = 0;
   failed = 1;
-  const Matrix& V = fit.CovarianceInUse();
-  if (L.empty() || V.size() != L.size() || fit.m_BetaHistory.empty()) return 0.0;
+  if (L.empty() || V.size() != L.size() || b.size() != L.size()) return 0.0;
   const std::size_t m = L.front().size();
-  const std::vector<double> t = Functions(L, fit.m_BetaHistory.back(), m);
+  std::vector<double> t = Functions(L, b, m);
   std::vector<double> W = PackedCovariance(L, V, m);
   const double variance = W.empty() ? 0.0 : W[0];
+
+  // The unit of a covariate must not decide which functions count.
+  const double function = t.empty() ? 0.0 : t[0];
+  std::vector<double> units;
+  for (std::size_t i = 0; i < m; ++i) {
+    units.push_back(UnitOf(W[i * (i + 1) / 2 + i]));
+    t[i] *= units[i];
+    for (std::size_t j = 0; j <= i; ++j) W[i * (i + 1) / 2 + j] *= units[i] * units[j];
+  }
 
   std::vector<bool> swept(m, false);
   for (std::size_t pivot = 1; pivot <= m; ++pivot) {
@@ -72,10 +82,21 @@ double TestLinearHypothesis(const CCoxFit& fit,
     }
   }
   if (m == 1) {
-    estimate = t[0];
+    estimate = function;
     standardError = W[0] < 0.0 ? 0.0 : std::sqrt(variance);
   }
   return chiSquare;
+}
+
+double TestLinearHypothesis(const CCoxFit& fit,
+                            const Matrix& L,
+                            double& estimate,
+                            double& standardError,
+                            int& df,
+                            int& failed) {
+  static const std::vector<double> kNone;
+  const std::vector<double>& b = fit.m_BetaHistory.empty() ? kNone : fit.m_BetaHistory.back();
+  return TestLinearHypothesis(L, b, fit.CovarianceInUse(), estimate, standardError, df, failed);
 }
 
 }  // namespace orv

@@ -103,13 +103,13 @@ Parts PartsOf(const CCoxFit& fit, const std::vector<int>& columns, int effect) {
 }
 
 // The information of the model's columns.
-std::vector<double> InformationOf(const CCoxFit& fit, const std::vector<int>& columns) {
+std::vector<double> InformationOf(const std::vector<double>& information, const std::vector<int>& columns) {
   std::vector<double> packed;
   for (std::size_t i = 0; i < columns.size(); ++i) {
     for (std::size_t j = 0; j <= i; ++j) {
       const auto low = static_cast<std::size_t>(std::min(columns[i], columns[j]));
       const auto high = static_cast<std::size_t>(std::max(columns[i], columns[j]));
-      packed.push_back(fit.m_PackedInformation[Place(high, low)]);
+      packed.push_back(information[Place(high, low)]);
     }
   }
   return packed;
@@ -151,12 +151,13 @@ bool Orthonormalise(std::vector<Function>& functions) {
 }  // namespace
 
 bool BuildType3Contrast(const CCoxFit& fit,
+                        const std::vector<double>& information,
                         const std::vector<int>& columns,
                         std::vector<std::vector<double>>& L,
                         int effect) {
   L.clear();
   const std::size_t p = fit.m_pData->CoefficientCount;
-  if (p == 0 || fit.m_PackedInformation.size() != Place(p, 0)) return false;
+  if (p == 0 || information.size() != Place(p, 0)) return false;
   const std::size_t n = columns.size();
   const CCoxData& data = *fit.m_pData;
   const auto e = static_cast<std::size_t>(effect);
@@ -165,15 +166,14 @@ bool BuildType3Contrast(const CCoxFit& fit,
     return true;
   }
   const Parts parts = PartsOf(fit, columns, effect);
-  Sweep sweep(InformationOf(fit, columns), n);
+  Sweep sweep(InformationOf(information, columns), n);
 
   // With the other effects swept, the rest of the matrix spans the estimable functions that are 0 on them. Of columns
-  // that are the same in substance the first in the design stands for all, as in the fit.
+  // that are the same in substance the first in the model stands for all, as in the fit.
   for (const std::size_t k : parts.Lower) sweep.In(k);
   Positions effectAndOthers = parts.Effect;
   effectAndOthers.insert(effectAndOthers.end(), parts.Others.begin(), parts.Others.end());
-  std::sort(effectAndOthers.begin(), effectAndOthers.end(),
-            [&columns](std::size_t a, std::size_t b) { return columns[a] < columns[b]; });
+  std::sort(effectAndOthers.begin(), effectAndOthers.end());
   for (const std::size_t k : effectAndOthers) sweep.In(k);
   Positions independent;
   for (const std::size_t k : parts.Effect) {
@@ -207,7 +207,7 @@ bool BuildType3Contrast(const CCoxFit& fit,
 bool BuildType3Contrast(const CCoxFit& fit, std::vector<std::vector<double>>& L, int effect) {
   std::vector<int> columns(fit.m_pData->CoefficientCount);
   std::iota(columns.begin(), columns.end(), 0);
-  return BuildType3Contrast(fit, columns, L, effect);
+  return BuildType3Contrast(fit, fit.m_PackedInformation, columns, L, effect);
 }
 
 }  // namespace orv

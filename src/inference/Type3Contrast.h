@@ -18,21 +18,22 @@ class CCoxFit;
 // as it is.
 inline constexpr double kType3PivotTolerance = 1e-7;
 
-// Builds the Type 3 functions of an effect within a model of some of the design columns. It needs the information of
-// the full design in m_PackedInformation, as EvaluateScoreAtStart leaves it, and sweeps a copy of it: one evaluation
-// serves all effects and models. About n^3 / 2 multiplications for n columns.
-//   columns  the design columns of the model, counted from 0, such as m_ActiveColumns. Effects without a column among
-//            them take no part.
-//   L        Out: n rows, one for each of `columns` in their order; a column for each independent function. There is
-//            none when the effect is aliased with others, held fixed or not in the model.
-//   effect   counted from 0
+// Builds the Type 3 functions of an effect within a model of some of the design columns. One evaluation of the
+// information serves all effects and models. About n^3 / 2 multiplications for n columns.
+//   information  that of the full design at beta = 0, packed as EvaluateScoreAtStart leaves it in m_PackedInformation
+//   columns      the design columns of the model, counted from 0, such as m_ActiveColumns. Effects without a column
+//                among them take no part.
+//   L            Out: n rows, one for each of `columns` in their order; a column for each independent function. There
+//                is none when the effect is aliased with others, held fixed or not in the model.
+//   effect       counted from 0
 // Returns false, with L empty, when there is no information or the functions cannot be made orthogonal.
 [[nodiscard]] bool BuildType3Contrast(const CCoxFit& fit,
+                                      const std::vector<double>& information,
                                       const std::vector<int>& columns,
                                       std::vector<std::vector<double>>& L,
                                       int effect);
 
-// The same within the full design: L has CoefficientCount rows.
+// The same within the full design, from m_PackedInformation: L has CoefficientCount rows.
 [[nodiscard]] bool BuildType3Contrast(const CCoxFit& fit, std::vector<std::vector<double>>& L, int effect);
 
 }  // namespace orv

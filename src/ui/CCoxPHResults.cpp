@@ -1,6 +1,7 @@
 #include "ui/CCoxPHResults.h"
 
 #include "data/CCoxData.h"
+#include "output/SelectionTables.h"
 
 namespace orv {
 
@@ -24,6 +25,10 @@ ResidualChoices CCoxPHResults::AvailableResiduals(ResidualChoices choices) const
     choices.ComputeDeviance = false;
   }
   return choices;
+}
+
+void CCoxPHResults::ModelBuildingSummary() {
+  ShowModelBuildingSummary(Fit());
 }
 
 int CCoxPHResults::ReadConfidenceLevel(double level) {

@@ -95,6 +95,10 @@ class CCoxPHResults {
   // Shows the table. Returns 1 after a message.
   int TestProportionalHazards();
 
+  // ---- Model building -----------------------------------------------------------------------------------------------
+  // Shows the steps of the selection, or the best subsets.
+  void ModelBuildingSummary();
+
   double ConfidenceLevel = 0.95;
   ResidualChoices Residuals;
   SurvivorType Survivor = SurvivorType::Breslow;

@@ -45,6 +45,10 @@ struct AnalysisDefinition {
   int ToleranceExponent = 8;
   std::vector<double> StartValues;
   std::vector<int> FixedCoefficients;  // from 1
+  std::string Select;                  // model building
+  std::optional<double> PEnter;
+  std::optional<double> PRemove;
+  std::optional<int> Force;  // how many effects are in every model: the first ones of the design
 };
 
 }  // namespace orv

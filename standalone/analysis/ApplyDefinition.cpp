@@ -10,6 +10,7 @@
 #include "core/VariableSelection.h"
 #include "data/FactorLevels.h"
 #include "standalone/analysis/ApplyDesign.h"
+#include "standalone/analysis/ApplySelection.h"
 #include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/CloseNames.h"
@@ -48,6 +49,7 @@ class Applier {
     ChooseStrataCodes();
     ChooseMethod();
     design.ChooseStartValues();
+    ApplySelection(m_definition, m_analysis, m_applied);
     return m_applied;
   }
 

@@ -59,6 +59,21 @@ void CheckStatus(const AnalysisDefinition& d) {
                            : Messages::MissingOption("--censored", "name the code of a censored case"));
 }
 
+// An option that says something about another kind of model building is a slip.
+void CheckSelection(const AnalysisDefinition& d) {
+  const int building = ChoiceValue("--select", d.Select, SelectionChoices(), ModelBuildings::AllEffects);
+  const bool enters = building == ModelBuildings::Forward || building == ModelBuildings::Stepwise;
+  const bool removes = building == ModelBuildings::Backward || building == ModelBuildings::Stepwise;
+  if (d.PEnter && !enters) Fail(Messages::OptionWithoutSelection("--p-enter", "forward or stepwise"));
+  if (d.PRemove && !removes) Fail(Messages::OptionWithoutSelection("--p-remove", "backward or stepwise"));
+  if (building == ModelBuildings::AllEffects) {
+    if (d.Force) Fail(Messages::OptionWithoutSelection("--force", "forward, backward, stepwise or best"));
+    return;
+  }
+  if (!d.TimeCovariates.empty()) Fail(Messages::SelectionWithTimeCovariates());
+  if (building == ModelBuildings::BestSubsets && !d.Factors.empty()) Fail(Messages::BestSubsetsWithFactors());
+}
+
 }  // namespace
 
 void CheckDefinition(const AnalysisDefinition& definition) {
@@ -76,6 +91,7 @@ void CheckDefinition(const AnalysisDefinition& definition) {
   if (!ParseTimeCovariates(d.TimeCovariates).empty() && ties == Likelihoods::Discrete) {
     Fail(Messages::DiscreteWithTimeCovariates());
   }
+  CheckSelection(d);
   ChoiceValue("--converge", d.Converge, ConvergenceChoices(), 0);
   if (!d.TimeCovariates.empty() && (d.Robust || !d.Subject.empty())) Fail(Messages::RobustWithTimeCovariates());
   if (d.StartValues.empty() && !d.FixedCoefficients.empty()) Fail(Messages::FixWithoutStartValues());

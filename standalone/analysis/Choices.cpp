@@ -22,6 +22,11 @@ constexpr std::array kConvergence = {Choice{"gradient", ConvergenceTypes::Relati
                                      Choice{"likelihood", ConvergenceTypes::RelativeLikelihood},
                                      Choice{"absolute", ConvergenceTypes::AbsoluteLikelihood}};
 
+constexpr std::array kSelections = {
+    Choice{"all", ModelBuildings::AllEffects}, Choice{"forward", ModelBuildings::Forward},
+    Choice{"backward", ModelBuildings::Backward}, Choice{"stepwise", ModelBuildings::Stepwise},
+    Choice{"best", ModelBuildings::BestSubsets}};
+
 constexpr std::array kSurvivorTypes = {Choice{"breslow", static_cast<int>(SurvivorType::Breslow)},
                                        Choice{"kaplan-meier", static_cast<int>(SurvivorType::KaplanMeier)}};
 
@@ -34,6 +39,10 @@ constexpr std::array kTransforms = {
     Choice{"km", static_cast<int>(TimeTransform::KaplanMeier)}, Choice{"rank", static_cast<int>(TimeTransform::Rank)}};
 
 }  // namespace
+
+std::span<const Choice> SelectionChoices() {
+  return kSelections;
+}
 
 std::span<const Choice> SurvivorTypeChoices() {
   return kSurvivorTypes;

@@ -17,6 +17,7 @@ struct Choice {
 std::span<const Choice> CodingChoices();
 std::span<const Choice> TieChoices();
 std::span<const Choice> ConvergenceChoices();
+std::span<const Choice> SelectionChoices();     // values of ModelBuildings
 std::span<const Choice> SurvivorTypeChoices();  // values of SurvivorType
 std::span<const Choice> CIChoices();            // values of SurvivorCIType, or kNoLimits
 std::span<const Choice> TransformChoices();     // values of TimeTransform

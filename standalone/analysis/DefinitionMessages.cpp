@@ -233,6 +233,27 @@ std::string RobustWithTimeCovariates() {
   return "--robust and --subject are not offered with --time-covariate.";
 }
 
+std::string OptionWithoutSelection(const std::string& option, const std::string& selections) {
+  return fmt::format("{} belongs to --select {}.", option, selections);
+}
+
+std::string SelectionWithTimeCovariates() {
+  return "--select is not offered with --time-covariate: score tests of covariates that change with time are not "
+         "there.";
+}
+
+std::string BestSubsetsWithFactors() {
+  return "--select best compares single columns and is not offered with --factors: use forward, backward or stepwise.";
+}
+
+std::string ForceOutOfRange(int forced, int effects) {
+  return fmt::format("--force {}: use 0 to {}, the number of effects in the design.", forced, effects);
+}
+
+std::string StepsWithoutSelection() {
+  return "--show steps: there are steps only with --select forward, backward, stepwise or best.";
+}
+
 std::string OptionWithoutResult(const std::string& option, const std::string& result) {
   return fmt::format("{} says something about a result that is not shown: add {} to --show.", option, result);
 }
@@ -363,6 +384,24 @@ std::string DiscreteScores() {
   return "--ties discrete: residuals, robust variance and ph test are those of Breslow's rule at these estimates, so "
          "score "
          "residuals do not add up to 0.";
+}
+
+std::string EffectsWaitForEachOther(const std::vector<std::string>& effects, bool enter) {
+  return fmt::format("{} hold the same variables, so each counts as part of the other: {}", fmt::join(effects, " and "),
+                     enter ? "none of them can enter alone. --force takes the first effects of the design in."
+                           : "none of them is removed while another is there.");
+}
+
+std::string BestSubsetsFitAll() {
+  return "best subsets are compared by score tests; estimates and other results are those of all effects.";
+}
+
+std::string ContrastNotSelected(const std::string& coefficient) {
+  return fmt::format("contrast left out: it has a number for {}, which is not in the model selected.", coefficient);
+}
+
+std::string PatternNotSelected(const std::string& predictor) {
+  return fmt::format("{} of --pattern is not in the model selected and changes nothing.", predictor);
 }
 
 std::string ProductLimitFailed() {

@@ -6,10 +6,12 @@
 #include <algorithm>
 #include <array>
 #include <optional>
+#include <set>
 
 #include "data/CCoxData.h"
 #include "data/FactorLevels.h"
 #include "data/RoundHalfAway.h"
+#include "data/VariableNames.h"
 #include "output/CoefficientLabels.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/CloseNames.h"
@@ -114,12 +116,14 @@ class Resolver {
           std::find(kOfSurvivalTimes.begin(), kOfSurvivalTimes.end(), name) != kOfSurvivalTimes.end();
       // The matrix that the contrasts of this coding come from has no evaluator for such a design.
       const bool hasNoType3 = name == "type3" && IsTimeDependent() && m_settings.Coding == Codings::Overparameterized;
-      const bool isMissing =
-          (needsTimes && IsTimeDependent()) || hasNoType3 || (name == "contrast" && m_definition.Contrasts.empty());
+      const bool hasNoSteps = name == "steps" && m_settings.ModelBuilding == ModelBuildings::AllEffects;
+      const bool hasNoContrast = name == "contrast" && m_definition.Contrasts.empty();
+      const bool isMissing = (needsTimes && IsTimeDependent()) || hasNoType3 || hasNoContrast || hasNoSteps;
       if (!isMissing) {
         m_resolved.Results.push_back(name);
       } else if (!m_definition.ShowsAll) {
-        Fail(name == "contrast" ? Messages::ContrastMissing() : Messages::ResultWithTimeCovariates(name));
+        if (hasNoSteps) Fail(Messages::StepsWithoutSelection());
+        Fail(hasNoContrast ? Messages::ContrastMissing() : Messages::ResultWithTimeCovariates(name));
       }
     }
   }
@@ -139,6 +143,7 @@ class Resolver {
   void ChooseContrasts() {
     if (m_definition.Contrasts.empty()) return;
     const auto count = static_cast<std::size_t>(m_analysis.DesignCoefficientCount());
+    m_resolved.Coefficients = CoefficientLabels(*m_analysis.m_pCoxData);
     DenseMatrix& L = m_resolved.LinearCombinations;
     L.assign(count, {});
     for (const std::string& text : m_definition.Contrasts) {
@@ -147,7 +152,7 @@ class Resolver {
         Fail(Messages::ContrastOfZeros(text));
       }
       if (function.size() != count) {
-        Fail(Messages::ContrastOfAnotherLength(text, function.size(), CoefficientLabels(*m_analysis.m_pCoxData)));
+        Fail(Messages::ContrastOfAnotherLength(text, function.size(), m_resolved.Coefficients));
       }
       for (std::size_t row = 0; row < count; ++row) L[row].push_back(function[row]);
     }
@@ -263,6 +268,28 @@ std::vector<std::string> ResultsThatExist(const ResolvedResults& resolved,
   return existing;
 }
 
+// A contrast is written for the full design. After a selection it is one of the coefficients that are left, as long as
+// it asks for no other.
+void SetLinearCombinations(const ResolvedResults& resolved,
+                           CCoxPHResults& results,
+                           std::vector<std::string>& existing,
+                           std::vector<std::string>& notes) {
+  results.m_LinearCombinations = resolved.LinearCombinations;
+  const std::vector<int>& kept = results.Fit().m_KeptColumns;
+  if (kept.empty() || resolved.LinearCombinations.empty()) return;
+  results.m_LinearCombinations.clear();
+  for (std::size_t row = 0; row < resolved.LinearCombinations.size(); ++row) {
+    const std::vector<double>& numbers = resolved.LinearCombinations[row];
+    if (std::binary_search(kept.begin(), kept.end(), static_cast<int>(row))) {
+      results.m_LinearCombinations.push_back(numbers);
+    } else if (std::any_of(numbers.begin(), numbers.end(), [](double number) { return number != 0.0; })) {
+      std::erase(existing, "contrast");
+      notes.push_back(Messages::ContrastNotSelected(resolved.Coefficients[row]));
+      return;
+    }
+  }
+}
+
 }  // namespace
 
 bool ResultDefinition::Shows(std::string_view result) const {
@@ -270,9 +297,9 @@ bool ResultDefinition::Shows(std::string_view result) const {
 }
 
 const std::vector<std::string>& ShowNames() {
-  static const std::vector<std::string> names = {"summary",   "estimates",  "type3",       "history",
-                                                 "design",    "covariance", "correlation", "contrast",
-                                                 "residuals", "survivor",   "hazard",      "phtest"};
+  static const std::vector<std::string> names = {"summary",    "estimates",   "type3",    "history", "design",
+                                                 "covariance", "correlation", "contrast", "steps",   "residuals",
+                                                 "survivor",   "hazard",      "phtest"};
   return names;
 }
 
@@ -313,18 +340,19 @@ std::vector<std::string> ApplyResults(const ResolvedResults& resolved,
                                       std::vector<std::string>& notes) {
   results.ConfidenceLevel = resolved.Confidence;
   results.Residuals = resolved.Residuals;
-  results.m_LinearCombinations = resolved.LinearCombinations;
   results.Transform = resolved.Transform;
   results.Survivor = resolved.Survivor;
   results.SurvivorCI = resolved.SurvivorCI;
   results.ComputeSurvivorCI = resolved.HasLimits;
   results.ComputeCumulativeHazardCI = resolved.HasLimits;
   std::vector<std::string> existing = ResultsThatExist(resolved, results, notes);
+  SetLinearCombinations(resolved, results, existing, notes);
   const std::vector<int> covariates = results.PatternCovariates();
   const std::vector<int> factors = results.PatternFactors();
   std::vector<std::vector<double>> numbers;
   std::vector<std::vector<std::string>> texts;
   const std::vector<std::map<int, std::string>> oneOfDefaults(1);
+  std::set<int> notSelected;
   for (const auto& pattern : resolved.Patterns.empty() ? oneOfDefaults : resolved.Patterns) {
     numbers.push_back(results.DefaultCovariates());
     texts.push_back(results.DefaultFactors());
@@ -335,7 +363,11 @@ std::vector<std::string> ApplyResults(const ResolvedResults& resolved,
       }
       const auto factor = std::find(factors.begin(), factors.end(), variable);
       if (factor != factors.end()) texts.back()[static_cast<std::size_t>(factor - factors.begin())] = value;
+      if (covariate == covariates.end() && factor == factors.end()) notSelected.insert(variable);
     }
+  }
+  for (const int variable : notSelected) {
+    notes.push_back(Messages::PatternNotSelected(VariableName(results.Analysis().GetHost(), variable)));
   }
   if (results.SetPatterns(numbers, texts) != 0) Fail(Messages::PatternRefused());
   if (!Holds(existing, "survivor") && !Holds(existing, "hazard")) return existing;

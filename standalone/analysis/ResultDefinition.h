@@ -35,6 +35,7 @@ struct ResolvedResults {
   std::vector<std::string> Results;  // those that the analysis has
   ResidualChoices Residuals;
   DenseMatrix LinearCombinations;                    // a row for each coefficient; empty without contrasts
+  std::vector<std::string> Coefficients;             // their labels
   std::vector<std::map<int, std::string>> Patterns;  // by variable: the value as typed
   SurvivorType Survivor = SurvivorType::Breslow;
   SurvivorCIType SurvivorCI = SurvivorCIType::Normal;

@@ -172,7 +172,8 @@ TEST(SweepPacked, ComparesTheScaledPivot) {
       {"the smallest negative that is scaled", -1e-12, 0},
       {"just above zero from below", -1e-13, 1},
       {"large", 1e+150, 0},
-      {"square overflows, so the scaled pivot is 0", 1e+160, 1},
+      {"so large that its square overflows", 1e+300, 0},
+      {"beyond a double", std::numeric_limits<double>::infinity(), 1},
       {"not a number", nan, 1},
   };
   for (const auto& c : cases) {

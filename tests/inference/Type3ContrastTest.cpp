@@ -332,7 +332,8 @@ TEST_F(Type3ContrastTest, CurrentModelTakesNoPartOfOtherColumns) {
   // Without the interaction and the covariate: f in rows 0 and 1, g in rows 2 to 4.
   analysis->Fit().m_ActiveColumns = {1, 2, 3, 4, 5};
   DenseMatrix L;
-  ASSERT_TRUE(BuildType3Contrast(analysis->Fit(), analysis->Fit().m_ActiveColumns, L, 1));
+  ASSERT_TRUE(
+      BuildType3Contrast(analysis->Fit(), analysis->Fit().m_PackedInformation, analysis->Fit().m_ActiveColumns, L, 1));
   ASSERT_EQ(L.size(), 5U);
   const std::vector<Vector> functions = FunctionsOf(L);
   ASSERT_EQ(functions.size(), 1U);
@@ -347,7 +348,8 @@ TEST_F(Type3ContrastTest, CurrentModelEqualsTheModelOfItsEffectsAlone) {
   Prepare(kUnbalanced, kInteraction);
   for (int effect = 0; effect < 3; ++effect) {
     DenseMatrix L;
-    ASSERT_TRUE(BuildType3Contrast(analysis->Fit(), {0, 1, 2, 3, 4, 5}, L, effect));
+    ASSERT_TRUE(
+        BuildType3Contrast(analysis->Fit(), analysis->Fit().m_PackedInformation, {0, 1, 2, 3, 4, 5}, L, effect));
     EXPECT_EQ(FunctionsOf(L), alone[static_cast<std::size_t>(effect)]) << effect;
   }
 }
@@ -355,7 +357,7 @@ TEST_F(Type3ContrastTest, CurrentModelEqualsTheModelOfItsEffectsAlone) {
 TEST_F(Type3ContrastTest, EffectOutsideTheModelHasNoFunction) {
   Prepare(kUnbalanced, kInteraction);
   DenseMatrix L;
-  ASSERT_TRUE(BuildType3Contrast(analysis->Fit(), {0, 3, 4, 5}, L, 1));
+  ASSERT_TRUE(BuildType3Contrast(analysis->Fit(), analysis->Fit().m_PackedInformation, {0, 3, 4, 5}, L, 1));
   EXPECT_EQ(L, DenseMatrix(4));
 }
 

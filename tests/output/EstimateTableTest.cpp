@@ -460,13 +460,25 @@ TEST_F(EstimateTableTest, FailedContrastFallsBackOnTheParameter) {
   EXPECT_DOUBLE_EQ(sheet.Value(0, "Hazard Ratio"), std::exp(0.5));
 }
 
-// A contrast of variance below what a sweep accepts has failed too; then the limits are those of the parameter.
+// A contrast without a variance of its own has failed too; then the limits are those of the parameter.
 TEST_F(EstimateTableTest, FailedContrastKeepsTheLimitsOfTheParameter) {
+  analysis.Factor("f", {1, 2, 3, 4}).DefaultDesign();
+  Write({0.5, 0.1, 0.25}, {1.0, 4.0, 1.0});
+  // The contrast of the first row is twice the first parameter and the second: 4 - 2 * 4 + 4 = 0.
+  DenseMatrix& V = analysis.Fit().m_Covariance;
+  V[0][1] = V[1][0] = -2.0;
+  const SheetView sheet = Show();
+  EXPECT_DOUBLE_EQ(sheet.Value(0, "Hazard Ratio"), std::exp(0.5));
+  EXPECT_NEAR(sheet.Value(0, "95% Hazard Ratio Lower CL"), std::exp(0.5 - kZ95), 1e-14);
+  EXPECT_NEAR(sheet.Value(0, "95% Hazard Ratio Upper CL"), std::exp(0.5 + kZ95), 1e-13);
+}
+
+// The unit of a covariate decides nothing: a contrast of a tiny variance is one like any other.
+TEST_F(EstimateTableTest, ContrastOfTinyVarianceIsTaken) {
   analysis.Factor("h", {10, 20}).DefaultDesign();
   Write({0.5}, {1e-20});
   const SheetView sheet = Show();
-  EXPECT_DOUBLE_EQ(sheet.Value(0, "Hazard Ratio"), std::exp(0.5));
-  EXPECT_NEAR(sheet.Value(0, "95% Hazard Ratio Lower CL"), std::exp(0.5 - kZ95 * 1e-10), 1e-14);
+  EXPECT_DOUBLE_EQ(sheet.Value(0, "Hazard Ratio"), std::exp(1.0));
   EXPECT_LT(sheet.Value(0, "95% Hazard Ratio Lower CL"), sheet.Value(0, "95% Hazard Ratio Upper CL"));
 }
 

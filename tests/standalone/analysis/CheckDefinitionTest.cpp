@@ -51,6 +51,26 @@ TEST(CheckDefinition, TakesEverythingElseWellFormed) {
   EXPECT_NO_THROW(CheckDefinition(definition));
 }
 
+TEST(CheckDefinition, TakesEveryKindOfModelBuilding) {
+  struct {
+    const char* select;
+    bool enters;
+    bool removes;
+    bool forces;
+  } const cases[] = {{"", false, false, false},       {"all", false, false, false},   {"forward", true, false, true},
+                     {"backward", false, true, true}, {"stepwise", true, true, true}, {"best", false, false, true}};
+  for (const auto& c : cases) {
+    AnalysisDefinition definition = Least();
+    definition.Covariates = {"age"};
+    definition.Select = c.select;
+    EXPECT_NO_THROW(CheckDefinition(definition)) << c.select;
+    if (c.enters) definition.PEnter = 0.1;
+    if (c.removes) definition.PRemove = 0.1;
+    if (c.forces) definition.Force = 1;
+    EXPECT_NO_THROW(CheckDefinition(definition)) << c.select;
+  }
+}
+
 TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
   const std::string noTime =
       "--time is missing: name the variable with the survival times, or use --dates, --date-parts or --interval.";
@@ -143,6 +163,48 @@ TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
        "--converge score: use gradient, parameter, likelihood or absolute."},
       {"coefficients held at nothing", [](auto& d) { d.FixedCoefficients = {1}; },
        "--fix: coefficients are held at their start values, so give these with --start-values."},
+      {"a misspelt kind of model building", [](auto& d) { d.Select = "forwards"; },
+       "--select forwards: use all, forward, backward, stepwise or best."},
+      {"a limit of entry without a selection", [](auto& d) { d.PEnter = 0.1; },
+       "--p-enter belongs to --select forward or stepwise."},
+      {"a limit of entry without an entry",
+       [](auto& d) {
+         d.Select = "backward";
+         d.PEnter = 0.1;
+       },
+       "--p-enter belongs to --select forward or stepwise."},
+      {"a limit of entry for best subsets",
+       [](auto& d) {
+         d.Select = "best";
+         d.PEnter = 0.1;
+       },
+       "--p-enter belongs to --select forward or stepwise."},
+      {"a limit of removal without a selection",
+       [](auto& d) {
+         d.Select = "all";
+         d.PRemove = 0.1;
+       },
+       "--p-remove belongs to --select backward or stepwise."},
+      {"a limit of removal without a removal",
+       [](auto& d) {
+         d.Select = "forward";
+         d.PRemove = 0.1;
+       },
+       "--p-remove belongs to --select backward or stepwise."},
+      {"forced effects without a selection", [](auto& d) { d.Force = 0; },
+       "--force belongs to --select forward, backward, stepwise or best."},
+      {"a selection with a time-dependent covariate",
+       [](auto& d) {
+         d.Select = "stepwise";
+         d.TimeCovariates = {"late=T_"};
+       },
+       "--select is not offered with --time-covariate: score tests of covariates that change with time are not there."},
+      {"best subsets with a factor",
+       [](auto& d) {
+         d.Select = "best";
+         d.Factors = {"arm"};
+       },
+       "--select best compares single columns and is not offered with --factors: use forward, backward or stepwise."},
   };
   for (const auto& c : cases) {
     AnalysisDefinition definition = Least();

@@ -92,8 +92,9 @@ ResultDefinition ShowingAll() {
 // ------------------------------------------------------------------------------------------------------------
 
 TEST(ResultDefinition, NamesStandInTheOrderOfWriting) {
-  EXPECT_THAT(ShowNames(), ElementsAre("summary", "estimates", "type3", "history", "design", "covariance",
-                                       "correlation", "contrast", "residuals", "survivor", "hazard", "phtest"));
+  EXPECT_THAT(ShowNames(),
+              ElementsAre("summary", "estimates", "type3", "history", "design", "covariance", "correlation", "contrast",
+                          "steps", "residuals", "survivor", "hazard", "phtest"));
   EXPECT_THAT(ResidualNames(), ElementsAre("martingale", "deviance", "score", "schoenfeld", "scaledschoenfeld",
                                            "dfbeta", "xbeta", "stdxbeta", "displacement", "lmax"));
 }
@@ -247,7 +248,26 @@ TEST(ResolveResults, AllLeavesOutWhatTheAnalysisDoesNotHave) {
       << "no contrast without coefficients for it";
   ResultDefinition definition = ShowingAll();
   definition.Contrasts = {"1 0 0 0 0"};
-  EXPECT_EQ(Resolution(definition, Trial()).Resolved.Results, ShowNames());
+  AnalysisDefinition selecting = Trial();
+  selecting.Select = "forward";
+  EXPECT_EQ(Resolution(definition, selecting).Resolved.Results, ShowNames());
+}
+
+TEST(ResolveResults, StepsNeedASelection) {
+  for (const std::string kind : {"", "all"}) {
+    AnalysisDefinition definition = Trial();
+    definition.Select = kind;
+    EXPECT_EQ(Resolution(Showing({"summary", "steps"}), definition).Refusal,
+              "--show steps: there are steps only with --select forward, backward, stepwise or best.");
+  }
+  for (const std::string kind : {"forward", "backward", "stepwise", "best"}) {
+    AnalysisDefinition definition = Trial();
+    definition.Select = kind;
+    if (kind == "best") definition.Factors.clear();
+    const Resolution r(Showing({"summary", "steps"}), definition);
+    EXPECT_EQ(r.Refusal, "") << kind;
+    EXPECT_THAT(r.Resolved.Results, ElementsAre("summary", "steps")) << kind;
+  }
 }
 
 TEST(ResolveResults, ContrastNeedsItsNumbers) {

@@ -15,7 +15,7 @@
 #include "apps/orvcox/FitCommand.h"
 #include "apps/orvcox/FitOptions.h"
 #include "standalone/analysis/AnalysisDefinition.h"
-#include "standalone/documents/WriteFileAtomically.h"
+#include "standalone/documents/OutputMessages.h"
 #include "standalone/host/Interrupt.h"
 #include "standalone/tables/TableError.h"
 

@@ -1,8 +1,5 @@
 #include "apps/orvcox/FitCommand.h"
 
-#include <fmt/format.h>
-
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <ostream>
@@ -17,7 +14,7 @@
 #include "standalone/analysis/ApplyDefinition.h"
 #include "standalone/analysis/ResultDefinition.h"
 #include "standalone/documents/DocumentFormats.h"
-#include "standalone/documents/WriteFileAtomically.h"
+#include "standalone/documents/WriteDocuments.h"
 #include "standalone/host/Interrupt.h"
 #include "standalone/host/StandaloneHost.h"
 #include "ui/CCoxPHResults.h"
@@ -25,17 +22,6 @@
 namespace orv {
 
 namespace {
-
-// A file that cannot be written is told before the run, as far as that can be seen.
-void CheckFolders(const std::vector<OutputTarget>& targets) {
-  for (const OutputTarget& target : targets) {
-    const std::filesystem::path folder = std::filesystem::path(target.File).parent_path();
-    std::error_code error;
-    if (folder.empty() || std::filesystem::is_directory(folder, error)) continue;
-    throw OutputError(fmt::format("{}: cannot be written: there is no folder \"{}\". Create it first.", target.File,
-                                  folder.string()));
-  }
-}
 
 // Returns how many results were refused, each with a message.
 int CreateResults(CCoxPH& analysis, CCoxPHResults& results, StandaloneHost& host, const ResolvedResults& resolved) {
@@ -71,7 +57,8 @@ class FitRun {
   }
 
   int Run() {
-    CheckFolders(m_options.Targets);
+    // What cannot be written is told before the run, as far as that can be seen.
+    for (const OutputTarget& target : m_options.Targets) CheckOutputPlace(*target.Format, target.File);
     const MemoryTable table = ReadWithProgress(m_options.Table, m_progress);
     StandaloneHost host(table, m_progress);
     host.SetMessageSink([this](const std::string& text) { m_err << "orvcox: " << text << '\n'; });
@@ -117,7 +104,10 @@ class FitRun {
   void Write(const CCoxPH& analysis, const StandaloneHost& host) {
     const RunReport report = ReportRun(analysis, host, ORV_VERSION);
     for (const OutputTarget& target : m_options.Targets) {
-      WriteFileAtomically(target.File, target.Format->Write(report, host.Documents(), {}));
+      CheckDocumentsFit(*target.Format, target.File, host.Documents());
+    }
+    for (const OutputTarget& target : m_options.Targets) {
+      WriteDocuments(*target.Format, target.File, report, host.Documents());
     }
     if (m_options.Targets.empty()) WriteToStandardOutput(report, host);
   }
@@ -127,7 +117,7 @@ class FitRun {
     const RunReport report = ReportRun(analysis, host, ORV_VERSION);
     for (const OutputTarget& target : m_options.Targets) {
       if (IsForPrograms(*target.Format)) {
-        WriteFileAtomically(target.File, target.Format->Write(report, host.Documents(), {}));
+        WriteDocuments(*target.Format, target.File, report, host.Documents());
       }
     }
     if (m_options.Targets.empty() && IsForPrograms(*m_options.StandardFormat)) WriteToStandardOutput(report, host);

@@ -51,11 +51,25 @@ CLI::Option* AddList(CLI::App& command,
       ->type_name("V,...");
 }
 
-// The names or endings of the forms, as ".txt or .json".
-std::string FormatList(std::string_view DocumentFormat::*part) {
-  std::vector<std::string_view> texts;
-  for (const DocumentFormat& format : DocumentFormats()) texts.push_back(format.*part);
-  return fmt::format("{}", fmt::join(texts, " or "));
+// "text, markdown or json".
+std::string Alternatives(const std::vector<std::string_view>& texts) {
+  return fmt::format("{} or {}", fmt::join(texts.begin(), texts.end() - 1, ", "), texts.back());
+}
+
+std::string FileEndings() {
+  std::vector<std::string_view> endings;
+  for (const DocumentFormat& format : DocumentFormats()) {
+    if (format.WriteFiles == nullptr) endings.push_back(format.FileEnding);
+  }
+  return Alternatives(endings);
+}
+
+std::string NamesForStandardOutput() {
+  std::vector<std::string_view> names;
+  for (const DocumentFormat& format : DocumentFormats()) {
+    if (format.IsForStandardOutput) names.push_back(format.Name);
+  }
+  return Alternatives(names);
 }
 
 // Names with commas, with a line break where a line of the help would become too long.
@@ -213,14 +227,15 @@ void AddOutput(CLI::App& command, FitOptions& options) {
       .add_option("--ph-transform", results.Transform,
                   "Time in the test of proportional hazards: " + ChoiceList(TransformChoices()) + "; default identity")
       ->type_name("NAME");
-  AddRepeatable(command, "--output", typed.Outputs,
-                fmt::format("Write to a file ({}) instead of standard output (repeatable)",
-                            FormatList(&DocumentFormat::FileEnding)))
+  AddRepeatable(
+      command, "--output", typed.Outputs,
+      fmt::format("Write to a file ({}), or to a folder\nwhose name ends in /, one CSV file a table, instead of "
+                  "standard output (repeatable)",
+                  FileEndings()))
       ->type_name("FILE");
   command
-      .add_option(
-          "--format", typed.Format,
-          fmt::format("Form of standard output: {}; default {}", FormatList(&DocumentFormat::Name), kDefaultFormat))
+      .add_option("--format", typed.Format,
+                  fmt::format("Form of standard output: {}; default {}", NamesForStandardOutput(), kDefaultFormat))
       ->type_name("NAME");
   command.add_flag("--quiet", options.Quiet, "No progress, no notes");
 }
@@ -307,8 +322,8 @@ std::vector<OutputTarget> CompleteTargets(const std::vector<std::string>& files,
   for (const std::string& file : files) {
     const DocumentFormat* format = FindFormatByFileName(file);
     if (format == nullptr) {
-      throw DefinitionError(fmt::format("--output {}: the ending decides the form: use {}.", file,
-                                        FormatList(&DocumentFormat::FileEnding)));
+      throw DefinitionError(fmt::format(
+          "--output {}: the ending decides the form: use {}, or a folder name that ends in /.", file, FileEndings()));
     }
     for (const OutputTarget& target : targets) {
       if (target.File == file) throw DefinitionError(fmt::format("--output {} is given twice.", file));
@@ -324,8 +339,8 @@ std::vector<OutputTarget> CompleteTargets(const std::vector<std::string>& files,
 
 const DocumentFormat* CompleteFormat(const std::string& typed) {
   const DocumentFormat* format = FindFormatByName(typed.empty() ? kDefaultFormat : typed);
-  if (format == nullptr) {
-    throw DefinitionError(fmt::format("--format {}: use {}.", typed, FormatList(&DocumentFormat::Name)));
+  if (format == nullptr || !format->IsForStandardOutput) {
+    throw DefinitionError(fmt::format("--format {}: use {}.", typed, NamesForStandardOutput()));
   }
   return format;
 }

@@ -86,4 +86,17 @@ std::vector<std::string> PrintableLines(std::string_view text) {
   return lines;
 }
 
+std::string PrintableProgramText(std::string_view text) {
+  std::string printable;
+  printable.reserve(text.size() + 1);
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find_first_of("\n\t"), text.size());
+    printable += PrintableText(text.substr(0, end));
+    if (end < text.size()) printable += text[end];
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  if (!printable.empty() && printable.back() != '\n') printable += '\n';
+  return printable;
+}
+
 }  // namespace orv

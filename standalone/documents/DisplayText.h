@@ -21,4 +21,7 @@ int DisplayWidth(std::string_view text);
 // The lines of a text, printable, without blanks at their ends.
 std::vector<std::string> PrintableLines(std::string_view text);
 
+// A text such as program code: printable, but with its line ends and tabs. It ends in a line feed unless it is empty.
+std::string PrintableProgramText(std::string_view text);
+
 }  // namespace orv

@@ -2,15 +2,23 @@
 
 #include <algorithm>
 
+#include "standalone/documents/CsvFolder.h"
+#include "standalone/documents/HtmlWriter.h"
 #include "standalone/documents/JsonWriter.h"
+#include "standalone/documents/MarkdownWriter.h"
 #include "standalone/documents/TextWriter.h"
+#include "standalone/documents/XlsxWriter.h"
 
 namespace orv {
 namespace {
 
 constexpr DocumentFormat Formats[] = {
-    {"text", ".txt", WriteText},
-    {"json", ".json", WriteJson},
+    {"text", ".txt", true, WriteText},
+    {"markdown", ".md", true, WriteMarkdown},
+    {"html", ".html", false, WriteHtml},
+    {"json", ".json", true, WriteJson},
+    {"xlsx", ".xlsx", false, WriteXlsx, nullptr, WhyNotXlsx},
+    {"csv", "/", false, nullptr, WriteCsvFiles},
 };
 
 char LowerAscii(char character) {

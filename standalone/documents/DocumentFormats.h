@@ -1,6 +1,7 @@
 // DocumentFormats: the forms in which results can be written, by name and by file ending.
 //
-// A new form is a function of the type DocumentFormat::Write and a line in the table of DocumentFormats.cpp.
+// A new form is a function of the type DocumentFormat::Write, or WriteFiles for a folder of files, and a line in the
+// table of DocumentFormats.cpp.
 #pragma once
 
 #include <span>
@@ -9,6 +10,7 @@
 
 #include "standalone/documents/ResultDocuments.h"
 #include "standalone/documents/RunReport.h"
+#include "standalone/documents/WriteFolderAtomically.h"
 
 namespace orv {
 
@@ -19,9 +21,15 @@ struct WriteOptions {
 
 struct DocumentFormat {
   std::string_view Name;        // as the user names it, e.g. "json"
-  std::string_view FileEnding;  // with the dot, in lower case
-  // The whole output. The same arguments give the same bytes.
+  std::string_view FileEnding;  // with the dot, in lower case; "/" for a folder
+  bool IsForStandardOutput;     // a form to be read in a terminal or by the next program of a pipe
+  // The whole output. The same arguments give the same bytes. Null for a form that is a folder.
   std::string (*Write)(const RunReport& report, const ResultDocuments& documents, const WriteOptions& options);
+  // The files of a form that is a folder, null for the others.
+  void (*WriteFiles)(const RunReport& report, const ResultDocuments& documents, const FileSink& sink) = nullptr;
+  // Why the form cannot hold the documents, empty when it can; the text follows "cannot be written: ". Null for a form
+  // that can hold any.
+  std::string (*WhyNot)(const ResultDocuments& documents) = nullptr;
 };
 
 std::span<const DocumentFormat> DocumentFormats();

@@ -45,19 +45,27 @@ int DecimalsOfColumn(const std::vector<double>& numbers) {
 
 }  // namespace
 
-std::vector<std::string> FormatNumberColumn(const std::vector<double>& numbers) {
+bool NumberShape::NeedsExponent(double number) const {
+  return !IsWhole && !IsShownFixed(number);
+}
+
+NumberShape ShapeOfNumberColumn(const std::vector<double>& numbers) {
   const bool whole =
       std::all_of(numbers.begin(), numbers.end(), [](double number) { return std::isnan(number) || IsWhole(number); });
-  const int decimals = whole ? 0 : DecimalsOfColumn(numbers);
+  return {whole, whole ? 0 : DecimalsOfColumn(numbers)};
+}
+
+std::vector<std::string> FormatNumberColumn(const std::vector<double>& numbers) {
+  const NumberShape shape = ShapeOfNumberColumn(numbers);
   std::vector<std::string> texts;
   texts.reserve(numbers.size());
   for (const double number : numbers) {
     if (std::isnan(number)) {
       texts.emplace_back();
-    } else if (whole || IsShownFixed(number)) {
-      texts.push_back(fmt::format("{:.{}f}", number == 0.0 ? 0.0 : number, decimals));  // no sign on a zero
-    } else {
+    } else if (shape.NeedsExponent(number)) {
       texts.push_back(fmt::format("{:.3e}", number));
+    } else {
+      texts.push_back(fmt::format("{:.{}f}", number == 0.0 ? 0.0 : number, shape.Decimals));  // no sign on a zero
     }
   }
   return texts;

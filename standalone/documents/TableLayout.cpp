@@ -105,4 +105,11 @@ std::vector<ColumnBlock> SplitIntoBlocks(const std::vector<TableColumn>& columns
   return blocks;
 }
 
+std::vector<std::size_t> ColumnsOfBlock(std::size_t repeated, const ColumnBlock& block) {
+  std::vector<std::size_t> columns;
+  for (std::size_t column = 0; column < repeated; ++column) columns.push_back(column);
+  for (std::size_t column = block.First; column <= block.Last; ++column) columns.push_back(column);
+  return columns;
+}
+
 }  // namespace orv

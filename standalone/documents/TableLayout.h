@@ -53,4 +53,7 @@ inline constexpr int ColumnGap = 2;
 // Width of the columns first to last, counting the gap before each of them but for the first of the table.
 int WidthOfColumns(const std::vector<ColumnHeading>& headings, std::size_t first, std::size_t last);
 
+// The columns of one block in the order in which they stand: the repeated ones first.
+std::vector<std::size_t> ColumnsOfBlock(std::size_t repeated, const ColumnBlock& block);
+
 }  // namespace orv

@@ -1,24 +1,21 @@
 // WriteFileAtomically: an output file that is either whole or not touched.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
+#include "standalone/documents/OutputMessages.h"
+
 namespace orv {
 
-// A file cannot be written. The text names the file, tells the reason and says what to do about it.
-class OutputError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// Writes the content to a new file in the folder of `path` and then gives it the name `path`, so that a reader never
-// sees half a file and a failure leaves an earlier file as it was. A file that is replaced keeps its permissions; a
-// symbolic link is followed. A device or pipe is written to directly, since it must not be replaced.
+// Writes the content to a new file in the folder of `path`, has it reach the disk, and then gives it the name `path`,
+// so that a reader never sees half a file, and a failure, the end of the program by force or a loss of power leaves an
+// earlier file as it was. What an ended program leaves under a name of its own goes with the next run that writes to
+// the folder (UnfinishedEntry.h). A file that is replaced keeps its permissions; a symbolic link is followed. A device
+// or pipe is written to directly, since it must not be replaced.
 //
 // Throws OutputError, and leaves nothing behind, when the folder is missing or not writable, `path` is a folder, the
-// disk is full, or the system gives another reason. No flush to the disk is forced.
+// disk is full, or the system gives another reason.
 void WriteFileAtomically(const std::string& path, std::string_view content);
 
 }  // namespace orv

@@ -124,13 +124,14 @@ class CaseParser {
       command.StandardOutput = TakeExpected(words, 1);
     } else if (kind == "stderr") {
       command.StandardError = TakeExpected(words, 1);
-    } else if (kind == "written" && words.size() >= 2) {
-      command.Written.push_back({words[1], TakeExpected(words, 2)});
+    } else if ((kind == "written" || kind == "unpacked") && words.size() >= 2) {
+      command.Written.push_back({words[1], TakeExpected(words, 2), kind == "unpacked"});
     } else if (kind == "absent" && words.size() == 2) {
       RequireNoBody();
       command.Absent.push_back(words[1]);
     } else {
-      FailAt(m_sectionLine, "below a command stand stdin, exit, stdout, stderr, written NAME and absent NAME");
+      FailAt(m_sectionLine,
+             "below a command stand stdin, exit, stdout, stderr, written NAME, unpacked NAME and absent NAME");
     }
   }
 
@@ -270,7 +271,8 @@ std::string FormatCase(const CaseFile& file) {
     if (!IsDefault(command.StandardOutput)) text += FormatExpected("stdout", command.StandardOutput);
     if (!IsDefault(command.StandardError)) text += FormatExpected("stderr", command.StandardError);
     for (const ExpectedFile& written : command.Written) {
-      text += FormatExpected("written " + NameWord(written.Name), written.Text);
+      const std::string kind = written.IsUnpacked ? "unpacked " : "written ";
+      text += FormatExpected(kind + NameWord(written.Name), written.Text);
     }
     for (const std::string& absent : command.Absent) text += Section("absent " + NameWord(absent));
   }

@@ -40,6 +40,7 @@ struct ExpectedText {
 struct ExpectedFile {
   std::string Name;
   ExpectedText Text;
+  bool IsUnpacked = false;  // the text lists what a ZIP file holds (support/ZipListing.h)
 };
 
 struct CaseCommand {

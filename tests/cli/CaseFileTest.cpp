@@ -102,7 +102,8 @@ TEST(CaseFile, MistakesAreToldWithTheirLine) {
       {"$ orvcox\n--- exit two\n", "sample.case, line 2: a whole number is needed."},
       {"$ orvcox\n--- exit 2\nstray\n", "sample.case, line 2: nothing may stand below this line but another section."},
       {"$ orvcox\n--- output\n",
-       "sample.case, line 2: below a command stand stdin, exit, stdout, stderr, written NAME and absent NAME."},
+       "sample.case, line 2: below a command stand stdin, exit, stdout, stderr, written NAME, unpacked NAME and absent "
+       "NAME."},
       {"--- exit 2\n$ orvcox\n", "sample.case, line 1: above the first command stand file, folder and digits."},
       {"--- file\n$ orvcox\n", "sample.case, line 1: a file needs a name."},
       {"--- file a from no/such/file\n$ orvcox\n", "sample.case, line 1: there is no file no/such/file."},

@@ -13,6 +13,7 @@
 #include "cli/CompareOutput.h"
 #include "cli/RunningProgram.h"
 #include "cli/TemporaryFolder.h"
+#include "support/ZipListing.h"
 
 namespace orv::testing {
 
@@ -102,7 +103,9 @@ class CasePlay {
         Problem(command, "the file " + written.Name + " was not written\n");
         continue;
       }
-      Compare(command, written.Name, written.Text, ReadBytes(m_folder / written.Name), nullptr);
+      std::string content = ReadBytes(m_folder / written.Name);
+      if (written.IsUnpacked) content = ListZip(content);
+      Compare(command, written.Name, written.Text, std::move(content), nullptr);
     }
     for (const std::string& absent : command.Absent) {
       if (fs::exists(m_folder / absent)) Problem(command, "the file " + absent + " is there\n");

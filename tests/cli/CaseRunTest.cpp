@@ -43,6 +43,7 @@ TEST(CaseRun, NoticesEveryKindOfDifference) {
       {"standard error", "--- stdout any\n--- stderr\norvcox: no\n", "stderr, line 1:"},
       {"unexpected standard output", "", "expected the end"},
       {"a file that was not written", "--- stdout any\n--- written r.txt\nx\n", "the file r.txt was not written"},
+      {"a file that is no ZIP file", "--- stdout any\n--- unpacked t.csv\n== a\n", "t.csv, line 1:"},
       {"a file with another content", "--- stdout any\n--- written t.csv\nb\n", "t.csv, line 1:"},
       {"a file that is there", "--- stdout any\n--- absent t.csv\n", "the file t.csv is there"},
   };

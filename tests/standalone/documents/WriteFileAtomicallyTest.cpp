@@ -1,5 +1,7 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -82,12 +84,32 @@ TEST_F(WriteFileAtomicallyTest, WritesIntoTheCurrentFolderByABareName) {
   EXPECT_EQ(Read(m_folder / "results.json"), "content");
 }
 
-TEST_F(WriteFileAtomicallyTest, PassesOverTheFileOfABrokenRun) {
+TEST_F(WriteFileAtomicallyTest, RemovesWhatBrokenRunsLeft) {
   Make(".orvcox-unfinished-1", "left over");
+  Make(".orvcox-unfinished-3", "left over");
+  fs::create_directory(m_folder / ".orvcox-unfinished-4");
+  Make(".orvcox-unfinished-4/03-estimates.csv", "left over");
   WriteFileAtomically((m_folder / "results.json").string(), "content");
   EXPECT_EQ(Read(m_folder / "results.json"), "content");
-  EXPECT_EQ(Read(m_folder / ".orvcox-unfinished-1"), "left over");
+  EXPECT_THAT(Names(), testing::ElementsAre("results.json"));
+}
+
+TEST_F(WriteFileAtomicallyTest, LeavesTheFileOfARunThatIsWritingAlone) {
+  Make(".orvcox-unfinished-1", "half a");
+  const int other = open((m_folder / ".orvcox-unfinished-1").c_str(), O_RDWR);
+  ASSERT_EQ(flock(other, LOCK_EX), 0);
+  WriteFileAtomically((m_folder / "results.json").string(), "content");
+  close(other);
+  EXPECT_EQ(Read(m_folder / "results.json"), "content");
+  EXPECT_EQ(Read(m_folder / ".orvcox-unfinished-1"), "half a");
   EXPECT_THAT(Names(), testing::UnorderedElementsAre("results.json", ".orvcox-unfinished-1"));
+}
+
+TEST_F(WriteFileAtomicallyTest, RemovesNoFolderInsideAFolderThatLooksLeftOver) {
+  fs::create_directories(m_folder / ".orvcox-unfinished-1" / "mine");
+  Make(".orvcox-unfinished-1/mine/letter.txt", "dear");
+  WriteFileAtomically((m_folder / "results.json").string(), "content");
+  EXPECT_EQ(Read(m_folder / ".orvcox-unfinished-1" / "mine" / "letter.txt"), "dear");
 }
 
 TEST_F(WriteFileAtomicallyTest, RefusesAMissingFolder) {

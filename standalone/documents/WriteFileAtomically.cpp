@@ -46,15 +46,14 @@ std::error_code LastError() {
   return {errno, std::generic_category()};
 }
 
-// A file of its own, removed again unless it has got its final name.
+// An empty file of its own, removed again unless it has got its final name.
 class TemporaryFile {
  public:
   // Throws OutputError about `target` when no file can be made in the folder.
   TemporaryFile(const fs::path& folder, const fs::path& target) {
     for (int number = 1; number <= MaxTemporaryNames; ++number) {
       m_path = folder / fmt::format(".orvcox-unfinished-{}", number);
-      m_file.reset(std::fopen(m_path.c_str(), "wbx"));
-      if (m_file) return;
+      if (File(std::fopen(m_path.c_str(), "wbx"))) return;
       if (errno != EEXIST) FailFor(target, folder, LastError());
     }
     Fail(target, fmt::format("remove the files {} to {} of broken runs.", InQuotes(folder / ".orvcox-unfinished-1"),
@@ -62,63 +61,61 @@ class TemporaryFile {
   }
   ~TemporaryFile() {
     if (m_path.empty()) return;
-    m_file.reset();
     std::error_code ignored;  // nothing better can be done, and the first error is on its way
     fs::remove(m_path, ignored);
   }
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-  File& Stream() { return m_file; }
   const fs::path& Path() const { return m_path; }
   void Keep() { m_path.clear(); }
 
  private:
   fs::path m_path;
-  File m_file;
 };
 
 // Writes everything and closes the file; the last bytes may only fail on closing.
-std::error_code WriteAndClose(File& file, std::string_view content) {
-  if (!content.empty() && std::fwrite(content.data(), 1, content.size(), file.get()) != content.size()) {
-    return LastError();
-  }
-  return std::fclose(file.release()) == 0 ? std::error_code{} : LastError();
-}
-
-void WriteInPlace(const fs::path& path, std::string_view content) {
+void WriteContent(const std::string& path, std::string_view content) {
+  const auto check = [](bool done) {
+    if (!done) throw std::system_error(LastError());
+  };
   File file(std::fopen(path.c_str(), "wb"));
-  if (!file) FailFor(path, path.parent_path(), LastError());
-  if (const std::error_code error = WriteAndClose(file, content)) FailFor(path, path.parent_path(), error);
+  check(file != nullptr);
+  check(content.empty() || std::fwrite(content.data(), 1, content.size(), file.get()) == content.size());
+  check(std::fclose(file.release()) == 0);
 }
 
 }  // namespace
 
 void WriteFileAtomically(const std::string& path, std::string_view content) {
+  WriteFileAtomically(path, [content](const std::string& file) { WriteContent(file, content); });
+}
+
+void WriteFileAtomically(const std::string& path, const std::function<void(const std::string&)>& write) {
   const fs::path named(path);
   std::error_code error;
   const fs::file_status status = fs::status(named, error);
   if (fs::is_directory(status)) Fail(named, "this is a folder. Name a file in it.");
   const bool exists = fs::exists(status);
-  if (exists && !fs::is_regular_file(status)) return WriteInPlace(named, content);
+  const bool inPlace = exists && !fs::is_regular_file(status);
 
   fs::path target = named;
-  if (exists) target = fs::canonical(named, error);
+  if (exists && !inPlace) target = fs::canonical(named, error);
   if (error && exists) FailFor(named, named.parent_path(), error);
   const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
   if (!fs::is_directory(folder, error)) {
     Fail(named, fmt::format("there is no folder {}. Create it first.", InQuotes(folder)));
   }
-
-  TemporaryFile temporary(folder, named);
-  if (const std::error_code failure = WriteAndClose(temporary.Stream(), content)) FailFor(named, folder, failure);
-  if (exists) {
-    fs::permissions(temporary.Path(), status.permissions(), error);
-    if (error) FailFor(named, folder, error);
+  try {
+    if (inPlace) return write(path);
+    TemporaryFile temporary(folder, named);
+    write(temporary.Path().string());
+    if (exists) fs::permissions(temporary.Path(), status.permissions());
+    fs::rename(temporary.Path(), target);
+    temporary.Keep();
+  } catch (const std::system_error& failure) {
+    FailFor(named, folder, failure.code());
   }
-  fs::rename(temporary.Path(), target, error);
-  if (error) FailFor(named, folder, error);
-  temporary.Keep();
 }
 
 }  // namespace orv

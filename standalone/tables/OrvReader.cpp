@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "standalone/tables/DatabaseMessages.h"
+#include "standalone/tables/MessageExcerpt.h"
 #include "standalone/tables/OrvSchema.h"
 #include "standalone/tables/ReadDatabase.h"
 #include "standalone/tables/ReadMeter.h"
@@ -127,9 +128,9 @@ class OrvReading {
         const int type = statement.Type(0);
         const double code = statement.Number(0);
         if ((type != SQLITE_INTEGER && type != SQLITE_FLOAT) || !std::isfinite(code))
-          Refuse(fmt::format("a code of \"{}\" is no number", m_variables[i].Name));
+          Refuse(fmt::format("a code of \"{}\" is no number", Excerpt(m_variables[i].Name)));
         if (!labels.empty() && labels.back().Code == code)
-          Refuse(fmt::format("a code of \"{}\" has two labels", m_variables[i].Name));
+          Refuse(fmt::format("a code of \"{}\" has two labels", Excerpt(m_variables[i].Name)));
         labels.push_back({code, SoundText(statement, 1, "a value label")});
       }
       if (m_variables[i].Type == VariableType::Text) CheckCodes(m_variables[i]);
@@ -150,7 +151,7 @@ class OrvReading {
     for (const CaseTablePart& part : m_parts) {
       SqliteStatement find(m_database, "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?");
       find.Bind(1, part.Name);
-      if (!find.Step()) Refuse(fmt::format("the table \"{}\" is not there", part.Name));
+      if (!find.Step()) Refuse(fmt::format("the table \"{}\" is not there", Excerpt(part.Name)));
     }
     const std::int64_t count = Single("SELECT count(*) FROM " + QuotedName(m_parts[0].Name));
     if (count <= 0) throw TableError(NoRowsMessage(m_path));

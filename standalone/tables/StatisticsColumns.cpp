@@ -50,7 +50,8 @@ void StatisticsColumns::AddVariable(int index, const readstat_variable_t& variab
   if (m_columns.size() == static_cast<std::size_t>(kMaximumVariables))
     throw TableError(TooManyVariablesMessage(m_source));
   Column column;
-  column.Variable.Name = readstat_variable_get_name(&variable);
+  const char* name = readstat_variable_get_name(&variable);
+  if (name != nullptr) column.Variable.Name = name;
   column.Variable.Label = SoundText(readstat_variable_get_label(&variable), column.Variable.Name);
   column.Variable.Format = SoundText(readstat_variable_get_format(&variable), column.Variable.Name);
   column.IsText = readstat_variable_get_type_class(&variable) == READSTAT_TYPE_CLASS_STRING;

@@ -2,10 +2,12 @@
 
 #include <readstat.h>
 
+#include <cstdint>
 #include <exception>
+#include <filesystem>
 #include <memory>
 #include <new>
-#include <optional>
+#include <system_error>
 
 #include "standalone/tables/FileForm.h"
 #include "standalone/tables/OrdinaryFile.h"
@@ -25,8 +27,12 @@ struct Form {
   StatisticsProgram Program;
   Parse Function;
   // What texts are in when they turn out not to be UTF-8 and the file does not say; null when the file says.
-  const char* OtherEncoding;
+  const char* OtherEncoding = nullptr;
+  // A whole file is a multiple of so many bytes; 1 when nothing is known.
+  std::uintmax_t RecordSize = 1;
 };
+
+constexpr std::uintmax_t kTransportRecord = 80;
 
 // One run of the parser. No exception may pass through it: the first is kept, and the parser told to stop.
 class Parsing {
@@ -110,6 +116,9 @@ std::string TextMessage(const std::string& path, const StatisticsTextFault& faul
 
 MemoryTable ReadForm(const std::string& path, const TableReadOptions& options, const Form& form) {
   CheckOrdinaryFile(path, form.Kind, false);
+  std::error_code error;
+  if (std::filesystem::file_size(path, error) % form.RecordSize != 0)
+    throw TableError(DamagedFileMessage(path, FormName(form.Kind), "its last record is cut off"));
   try {
     try {
       return Parsing(path, options, form, nullptr).Take();
@@ -129,25 +138,26 @@ MemoryTable ReadForm(const std::string& path, const TableReadOptions& options, c
 }  // namespace
 
 MemoryTable ReadSasFile(const std::string& path, const TableReadOptions& options) {
-  return ReadForm(path, options, {FileForm::Sas, StatisticsProgram::Sas, readstat_parse_sas7bdat, nullptr});
+  return ReadForm(path, options, {FileForm::Sas, StatisticsProgram::Sas, readstat_parse_sas7bdat});
 }
 
 MemoryTable ReadSasTransportFile(const std::string& path, const TableReadOptions& options) {
   // The form knows no encodings; its files come from machines that wrote this one.
-  return ReadForm(path, options,
-                  {FileForm::SasTransport, StatisticsProgram::Sas, readstat_parse_xport, "WINDOWS-1252"});
+  return ReadForm(
+      path, options,
+      {FileForm::SasTransport, StatisticsProgram::Sas, readstat_parse_xport, "WINDOWS-1252", kTransportRecord});
 }
 
 MemoryTable ReadSpssFile(const std::string& path, const TableReadOptions& options) {
-  return ReadForm(path, options, {FileForm::Spss, StatisticsProgram::Spss, readstat_parse_sav, nullptr});
+  return ReadForm(path, options, {FileForm::Spss, StatisticsProgram::Spss, readstat_parse_sav});
 }
 
 MemoryTable ReadSpssPortableFile(const std::string& path, const TableReadOptions& options) {
-  return ReadForm(path, options, {FileForm::SpssPortable, StatisticsProgram::Spss, readstat_parse_por, nullptr});
+  return ReadForm(path, options, {FileForm::SpssPortable, StatisticsProgram::Spss, readstat_parse_por});
 }
 
 MemoryTable ReadStataFile(const std::string& path, const TableReadOptions& options) {
-  return ReadForm(path, options, {FileForm::Stata, StatisticsProgram::Stata, readstat_parse_dta, nullptr});
+  return ReadForm(path, options, {FileForm::Stata, StatisticsProgram::Stata, readstat_parse_dta});
 }
 
 }  // namespace orv

@@ -116,10 +116,10 @@ std::string TextMessage(const std::string& path, const StatisticsTextFault& faul
 
 MemoryTable ReadForm(const std::string& path, const TableReadOptions& options, const Form& form) {
   CheckOrdinaryFile(path, form.Kind, false);
-  std::error_code error;
-  if (std::filesystem::file_size(path, error) % form.RecordSize != 0)
-    throw TableError(DamagedFileMessage(path, FormName(form.Kind), "its last record is cut off"));
   try {
+    std::error_code error;
+    if (std::filesystem::file_size(path, error) % form.RecordSize != 0)
+      throw StatisticsFault("its last record is cut off");
     try {
       return Parsing(path, options, form, nullptr).Take();
     } catch (const StatisticsTextFault&) {

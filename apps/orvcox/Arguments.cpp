@@ -42,28 +42,37 @@ const CLI::Option* FindOption(const CLI::App& command, const std::string& name) 
 
 class ArgumentWalk {
  public:
-  ArgumentWalk(const CLI::App& command, const std::vector<std::string>& arguments)
-      : m_command(command), m_arguments(arguments) {}
+  ArgumentWalk(const CLI::App& command,
+               const std::vector<std::string>& arguments,
+               const std::vector<FileArgument>& files)
+      : m_command(command), m_arguments(arguments), m_files(files) {}
 
-  std::vector<std::string> Walk(const std::string& table) {
+  std::vector<std::string> Walk() {
     while (m_next < m_arguments.size()) {
       const std::string& argument = m_arguments[m_next++];
       const bool isOption = argument.size() > 1 && argument[0] == '-';
-      isOption ? WalkOption(argument) : WalkTable(argument);
+      isOption ? WalkOption(argument) : WalkFile(argument);
     }
-    if (!m_hasTable) Fail(fmt::format("TABLE is missing: name {}.", table));
+    if (m_filesGiven < m_files.size()) {
+      const FileArgument& missing = m_files[m_filesGiven];
+      Fail(fmt::format("{} is missing: name {}.", missing.Name, missing.What));
+    }
     return m_checked;
   }
 
  private:
-  void WalkTable(const std::string& argument) {
-    if (argument.empty()) Fail("TABLE: the name is empty.");
-    if (m_hasTable) {
-      Fail(fmt::format("\"{}\" belongs to no option, and TABLE is given already. Lists have no blanks: a,b,c.",
-                       argument));
-    }
-    m_hasTable = true;
+  void WalkFile(const std::string& argument) {
+    if (m_filesGiven == m_files.size()) FailForExtra(argument);
+    if (argument.empty()) Fail(fmt::format("{}: the name is empty.", m_files[m_filesGiven].Name));
+    ++m_filesGiven;
     m_checked.push_back(argument);
+  }
+
+  [[noreturn]] void FailForExtra(const std::string& argument) const {
+    std::string names;
+    for (const FileArgument& file : m_files) names += (names.empty() ? "" : " and ") + file.Name;
+    Fail(fmt::format("\"{}\" belongs to no option, and {} {} given already. Lists have no blanks: a,b,c.", argument,
+                     names, m_files.size() == 1 ? "is" : "are"));
   }
 
   void WalkOption(const std::string& argument) {
@@ -103,8 +112,9 @@ class ArgumentWalk {
 
   const CLI::App& m_command;
   const std::vector<std::string>& m_arguments;
+  const std::vector<FileArgument>& m_files;
   std::size_t m_next = 0;
-  bool m_hasTable = false;
+  std::size_t m_filesGiven = 0;
   std::set<const CLI::Option*> m_given;
   std::vector<std::string> m_checked;
 };
@@ -113,9 +123,9 @@ class ArgumentWalk {
 
 std::vector<std::string> CheckArguments(const CLI::App& command,
                                         const std::vector<std::string>& arguments,
-                                        const std::string& table) {
+                                        const std::vector<FileArgument>& files) {
   if (AsksForHelp(arguments)) return arguments;
-  return ArgumentWalk(command, arguments).Walk(table);
+  return ArgumentWalk(command, arguments, files).Walk();
 }
 
 }  // namespace orv

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "apps/orvcox/Arguments.h"
+#include "apps/orvcox/ConvertCommand.h"
 #include "apps/orvcox/DescribeCommand.h"
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/FitCommand.h"
@@ -24,7 +25,7 @@ namespace orv {
 namespace {
 
 // Announced commands whose results do not exist in this version.
-constexpr std::array<std::string_view, 2> kNotYetCommands = {"run", "convert"};
+constexpr std::array<std::string_view, 1> kNotYetCommands = {"run"};
 
 template <typename Names>
 bool Contains(const Names& names, std::string_view name) {
@@ -49,10 +50,12 @@ class Program {
   Program()
       : m_program("Cox proportional hazards regression for survival data.", kName),
         m_fit(AddFitCommand(m_program, m_fitOptions)),
-        m_describe(AddDescribeCommand(m_program, m_describeOptions)) {
+        m_describe(AddDescribeCommand(m_program, m_describeOptions)),
+        m_convert(AddConvertCommand(m_program, m_convertOptions)) {
     m_program.footer(
         "Examples:\n"
         "  orvcox describe trial.csv\n"
+        "  orvcox convert trial.sav trial.orv\n"
         "  orvcox fit trial.csv --time days --status died --covariates age,dose --factors arm --ties efron\n"
         "\nExit codes: 0 done; 1 the analysis was refused or failed; 2 bad usage; 3 a file cannot be read or written;\n"
         "130 cancelled.");
@@ -60,7 +63,7 @@ class Program {
     m_program.require_subcommand(1);
     m_program.get_formatter()->label("SUBCOMMAND", "COMMAND");
     m_program.get_formatter()->label("REQUIRED", "");
-    for (CLI::App* command : {m_fit, m_describe}) {
+    for (CLI::App* command : {m_fit, m_describe, m_convert}) {
       command->group("Commands");
       command->formatter(m_program.get_formatter());
     }
@@ -81,7 +84,9 @@ class Program {
     } catch (const CLI::ParseError& error) {
       return Refuse(err, command, std::string(error.what()) + ".");
     }
-    return command == m_fit ? RunFit(m_fitOptions, out, err) : RunDescribe(m_describeOptions, out, err);
+    if (command == m_fit) return RunFit(m_fitOptions, out, err);
+    if (command == m_describe) return RunDescribe(m_describeOptions, out, err);
+    return RunConvert(m_convertOptions, err);
   }
 
  private:
@@ -90,7 +95,7 @@ class Program {
   // Null when the first argument names no command.
   const CLI::App* FindCommand(const std::vector<std::string>& arguments) const {
     if (arguments.empty()) return nullptr;
-    for (const CLI::App* command : {m_fit, m_describe}) {
+    for (const CLI::App* command : {m_fit, m_describe, m_convert}) {
       if (command->get_name() == arguments[0]) return command;
     }
     return nullptr;
@@ -102,7 +107,7 @@ class Program {
       CheckProgramArguments(arguments);
     } else {
       const std::vector<std::string> own(arguments.begin() + 1, arguments.end());
-      checked = CheckArguments(*command, own, "the file with the cases");
+      checked = CheckArguments(*command, own, command == m_convert ? ConvertFiles() : CaseFile());
       checked.insert(checked.begin(), arguments[0]);
     }
     // CLI11 takes the arguments last first.
@@ -112,16 +117,18 @@ class Program {
 
   // For arguments that do not begin with a command.
   void CheckProgramArguments(const std::vector<std::string>& arguments) const {
-    if (arguments.empty()) throw DefinitionError("a command is missing: use fit or describe.");
+    if (arguments.empty()) throw DefinitionError("a command is missing: use fit, describe or convert.");
     const std::string& first = arguments[0];
     if (Contains(kNotYetCommands, first)) FailAsNotYet(first);
     if (!first.starts_with("-")) {
-      throw DefinitionError(fmt::format("\"{}\": no such command. Use fit or describe.", first));
+      throw DefinitionError(fmt::format("\"{}\": no such command. Use fit, describe or convert.", first));
     }
     if (first != "-h" && first != "--help" && first != "--version") {
-      throw DefinitionError(fmt::format("{}: the first argument is a command, fit or describe.", first));
+      throw DefinitionError(fmt::format("{}: the first argument is a command: fit, describe or convert.", first));
     }
   }
+
+  static std::vector<FileArgument> CaseFile() { return {{"TABLE", "the file with the cases"}}; }
 
   static int Refuse(std::ostream& err, const CLI::App* command, const std::string& message) {
     const std::string which = command == nullptr ? "" : " " + command->get_name();
@@ -131,9 +138,11 @@ class Program {
 
   FitOptions m_fitOptions;
   DescribeOptions m_describeOptions;
+  ConvertOptions m_convertOptions;
   CLI::App m_program;
   CLI::App* m_fit;
   CLI::App* m_describe;
+  CLI::App* m_convert;
 };
 
 int Report(std::ostream& err, std::string_view message, int exitCode) {

@@ -9,6 +9,7 @@
 
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/ReadWithProgress.h"
+#include "apps/orvcox/TableArgument.h"
 #include "apps/orvcox/Terminal.h"
 #include "standalone/analysis/ListSyntax.h"
 #include "standalone/analysis/TableCodes.h"
@@ -79,6 +80,10 @@ ResultDocument DescriptionSheet(const MemoryTable& table) {
   std::vector<double> valid;
   std::vector<double> missing;
   std::vector<std::string> values;
+  std::vector<std::string> hints;
+  std::vector<std::string> labels;
+  bool hasHints = false;
+  bool hasLabels = false;
   for (const VariableDescription& variable : DescribeTable(table)) {
     names.push_back(variable.Name);
     numbers.push_back(variable.Number);
@@ -86,16 +91,23 @@ ResultDocument DescriptionSheet(const MemoryTable& table) {
     valid.push_back(variable.ValidCount);
     missing.push_back(variable.MissingCount);
     values.push_back(ValuesOf(table, variable));
+    hints.emplace_back(variable.Hint);
+    labels.push_back(variable.Label);
+    hasHints = hasHints || !variable.Hint.empty();
+    hasLabels = hasLabels || !variable.Label.empty();
   }
   SheetContent sheet;
   sheet.ShortName = "Variable";
   sheet.RowNames = names;
   sheet.Columns = {NumberColumnOf("No.", numbers), TextColumn("Type", types), NumberColumnOf("Valid", valid),
                    NumberColumnOf("Missing", missing), TextColumn("Values", values)};
+  if (hasHints) sheet.Columns.push_back(TextColumn("Hint", hints));
+  if (hasLabels) sheet.Columns.push_back(TextColumn("Label", labels));
   ResultDocument document;
   document.Name = "describe";
   document.Titles = {fmt::format("{}: {}, {}", table.Source(), Count(table.VariableCount(), "variable"),
                                  Count(table.CaseCount(), "case"))};
+  if (hasHints) document.Titles.emplace_back("Hints are guesses from the values alone.");
   document.Content = std::move(sheet);
   return document;
 }
@@ -104,11 +116,14 @@ ResultDocument DescriptionSheet(const MemoryTable& table) {
 
 CLI::App* AddDescribeCommand(CLI::App& program, DescribeOptions& options) {
   CLI::App* describe = program.add_subcommand(
-      "describe", "List the variables of a table: type, valid and missing counts, range, labels.");
-  describe->add_option("TABLE", options.Table, "A .csv, .tsv or .txt file, or - for CSV from standard input")
-      ->required()
-      ->type_name("");
-  describe->footer("Example:\n  orvcox describe veteran.csv");
+      "describe", "List the variables of a table: type, valid and missing counts, values, hints, labels.");
+  describe->add_option("TABLE", options.Table, kTableHelp)->required()->type_name("");
+  describe->footer(
+      "Hints tell from the values alone what a variable could be: a time, a date, a status, a factor.\n"
+      "\nExamples:\n"
+      "  orvcox describe veteran.csv\n"
+      "  orvcox describe trial.sas7bdat\n"
+      "  orvcox describe \"sqlite:clinic.db?table=visits\"");
   return describe;
 }
 

@@ -9,11 +9,13 @@
 #include <filesystem>
 #include <optional>
 
+#include "apps/orvcox/TableArgument.h"
 #include "core/CoxSettings.h"
 #include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/ListSyntax.h"
 #include "standalone/analysis/TableCodes.h"
+#include "standalone/tables/TableReaders.h"
 
 namespace orv {
 
@@ -329,7 +331,7 @@ std::vector<OutputTarget> CompleteTargets(const std::vector<std::string>& files,
       if (target.File == file) throw DefinitionError(fmt::format("--output {} is given twice.", file));
     }
     std::error_code ignored;  // a file that is not there is not the table
-    if (std::filesystem::equivalent(file, table, ignored)) {
+    if (std::filesystem::equivalent(file, FileOfTable(table), ignored)) {
       throw DefinitionError(fmt::format("--output {}: this is the table itself, which would be lost.", file));
     }
     targets.push_back({file, format});
@@ -369,9 +371,7 @@ void CompleteOptions(FitOptions& options) {
 
 CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
   CLI::App* fit = program.add_subcommand("fit", "Fit a Cox model to the cases of a table.");
-  fit->add_option("TABLE", options.Table, "A .csv, .tsv or .txt file, or - for CSV from standard input")
-      ->required()
-      ->type_name("");
+  fit->add_option("TABLE", options.Table, kTableHelp)->required()->type_name("");
   const auto beginGroup = [fit](const char* name) { fit->option_defaults()->group(name); };
   beginGroup("Variables");
   AddVariables(*fit, options.Definition);

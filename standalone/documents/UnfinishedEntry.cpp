@@ -109,6 +109,10 @@ std::error_code WriteAndFlush(int descriptor, std::string_view content) {
     if (written < 0) return LastSystemError();
     content.remove_prefix(static_cast<std::size_t>(written));
   }
+  return Flush(descriptor);
+}
+
+std::error_code Flush(int descriptor) {
   int result = 0;
   do {
     result = fsync(descriptor);

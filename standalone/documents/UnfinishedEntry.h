@@ -42,4 +42,7 @@ class UnfinishedEntry {
 // after a loss of power. Returns the error, none when all went well.
 std::error_code WriteAndFlush(int descriptor, std::string_view content);
 
+// The same for what has been written already, by whichever way to the file.
+std::error_code Flush(int descriptor);
+
 }  // namespace orv

@@ -1,6 +1,7 @@
 // WriteFileAtomically: an output file that is either whole or not touched.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -17,5 +18,10 @@ namespace orv {
 // Throws OutputError, and leaves nothing behind, when the folder is missing or not writable, `path` is a folder, the
 // disk is full, or the system gives another reason.
 void WriteFileAtomically(const std::string& path, std::string_view content);
+
+// The same for content that is written piece by piece: `write` is called once with the name of an empty file, or of the
+// device or pipe, fills it and closes it. Throws OutputError also for a std::system_error that `write` throws; whatever
+// else it throws reaches the caller, and nothing is left behind either.
+void WriteFileAtomically(const std::string& path, const std::function<void(const std::string&)>& write);
 
 }  // namespace orv

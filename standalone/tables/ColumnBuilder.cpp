@@ -1,5 +1,8 @@
 #include "standalone/tables/ColumnBuilder.h"
 
+#include <fmt/format.h>
+
+#include <cmath>
 #include <utility>
 
 namespace orv {
@@ -17,6 +20,14 @@ void ColumnBuilder::Add(std::string_view text, std::uint64_t line) {
   } else if (m_storage == Storage::Text) {
     // One text settles the type: the kinds of the other cells no longer matter.
     AddText(text);
+  }
+}
+
+void ColumnBuilder::AddNumber(double value, std::uint64_t line) {
+  if (m_storage == Storage::Number && std::isfinite(value)) {
+    m_values.push_back(value);
+  } else {
+    Add(ShortestNumber(value), line);
   }
 }
 
@@ -88,6 +99,10 @@ TableVariable ColumnBuilder::Take(std::string name) {
   variable.Values = std::move(m_values);
   if (variable.Type == VariableType::Text) variable.Labels = m_codes.Sort(variable.Values);
   return variable;
+}
+
+std::string ShortestNumber(double value) {
+  return fmt::format("{}", value);
 }
 
 std::uint64_t CountLineBreaks(std::string_view text) {

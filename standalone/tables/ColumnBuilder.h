@@ -1,4 +1,5 @@
-// ColumnBuilder: one column of a delimited file while it is read; decides whether it holds numbers, dates or texts.
+// ColumnBuilder: one column of a delimited file or of a query while it is read; decides whether it holds numbers, dates
+// or texts.
 //
 // The rules, over the cells that are not missing (see CellText.h for the kinds):
 //   1. A text anywhere, or dates among numbers, make it a text column.
@@ -35,6 +36,8 @@ class ColumnBuilder {
  public:
   // Takes the next cell. `line` is the line of the file on which the cell ends.
   void Add(std::string_view text, std::uint64_t line);
+  // Takes a number as if it were written out.
+  void AddNumber(double value, std::uint64_t line);
 
   // After all cells: the first cell that rules 2 and 3 refuse.
   std::optional<CellFault> Fault() const;
@@ -68,6 +71,9 @@ class ColumnBuilder {
   std::optional<CellFault> m_fault;  // the first cell of a kind that rules 2 and 3 speak of
   TextCodes m_codes;
 };
+
+// A number in the fewest digits that read back as the same double.
+std::string ShortestNumber(double value);
 
 // The number of line breaks (LF, CRLF or CR) in a text.
 std::uint64_t CountLineBreaks(std::string_view text);

@@ -1,15 +1,18 @@
 #include "standalone/tables/DelimitedReader.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
-#include <optional>
+#include <system_error>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "standalone/tables/CellText.h"
 #include "standalone/tables/ColumnBuilder.h"
+#include "standalone/tables/ColumnFaults.h"
 #include "standalone/tables/DelimitedRecords.h"
+#include "standalone/tables/FileForm.h"
 #include "standalone/tables/ReadMeter.h"
 #include "standalone/tables/TableError.h"
 #include "standalone/tables/TableMessages.h"
@@ -146,30 +149,13 @@ class SecondReading : public CaseSink {
   std::vector<bool> m_texts;
 };
 
-std::string ValueMessage(const TextPlace& place, const CellFault& fault) {
-  switch (fault.Kind) {
-    case CellKind::OutOfRange:
-      return OutOfRangeMessage(place, fault.Text);
-    case CellKind::NotFinite:
-      return NotFiniteMessage(place, fault.Text);
-    case CellKind::NoSuchDay:
-      return NoSuchDayMessage(place, fault.Text);
-    default:
-      return CommaNumberMessage(place, fault.Text);
-  }
-}
-
-// The first value in the file that its column refuses.
-void ThrowFirstFault(const std::string& source, const CaseSink& sink, const std::vector<ColumnBuilder>& columns) {
-  std::optional<CellFault> first;
-  std::size_t column = 0;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    auto fault = columns[i].Fault();
-    if (!fault || (first && first->Line <= fault->Line)) continue;
-    first = std::move(fault);
-    column = i + 1;
-  }
-  if (first) throw TableError(ValueMessage({source, first->Line, column, sink.ColumnName(column)}, *first));
+// A file that says in its first bytes that it is no text gets a better message than its first odd byte would.
+void RefuseOtherForms(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return;
+  const FileForm form = FormOfFile(path);
+  if (form != FileForm::Unknown && form != FileForm::Text)
+    throw TableError(WrongFormMessage(path, "delimited text", form));
 }
 
 void Run(ByteSource& source, const std::string& name, bool preferTab, ReadMeter& meter, CaseSink& sink) {
@@ -191,7 +177,7 @@ MemoryTable ReadDelimited(ByteSource& source,
   if (first.CaseCount() == 0) throw TableError(NoCasesMessage(name, first.Header()));
 
   std::vector<ColumnBuilder>& columns = first.Columns();
-  ThrowFirstFault(name, first, columns);
+  RefuseFaultyValues(name, "line", first.Header().Names, columns);
   if (std::any_of(columns.begin(), columns.end(), [](const ColumnBuilder& c) { return c.NeedsRereading(); })) {
     SecondReading second(name, options, columns);
     Run(source, name, preferTab, meter, second);
@@ -204,6 +190,7 @@ MemoryTable ReadDelimited(ByteSource& source,
 }
 
 MemoryTable ReadDelimitedFile(const std::string& path, const TableReadOptions& options) {
+  RefuseOtherForms(path);
   return ReadDelimited(*OpenFile(path), path, LowerCaseEnding(path) == ".tsv", options);
 }
 

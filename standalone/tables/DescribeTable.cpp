@@ -5,6 +5,7 @@
 
 #include "data/AlmostEqual.h"
 #include "standalone/tables/IsoDate.h"
+#include "standalone/tables/VariableHints.h"
 
 namespace orv {
 namespace {
@@ -13,7 +14,9 @@ VariableDescription Describe(const TableVariable& variable, int number) {
   VariableDescription description;
   description.Number = number;
   description.Name = variable.Name;
+  description.Label = variable.Label;
   description.Type = variable.Type;
+  description.Hint = HintOnVariable(variable);
   description.Labels = variable.Labels;
   double least = 0.0;
   double greatest = 0.0;

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "standalone/tables/MemoryTable.h"
@@ -12,6 +13,7 @@ namespace orv {
 struct VariableDescription {
   int Number = 0;  // from 1
   std::string Name;
+  std::string Label;  // the variable in words; empty when the file has none
   VariableType Type = VariableType::Number;
   int ValidCount = 0;
   int MissingCount = 0;
@@ -19,6 +21,7 @@ struct VariableDescription {
   std::optional<double> Maximum;
   std::string MinimumDate;  // dates only: the same as YYYY-MM-DD, empty outside the years 0000 to 9999
   std::string MaximumDate;
+  std::string_view Hint;           // what it could serve for (see VariableHints.h)
   std::vector<ValueLabel> Labels;  // all labels, used or not; their number is that of the distinct texts of a column
 };
 

@@ -38,6 +38,8 @@ struct TableVariable {
   double MissingCode = kMissingCode;  // finite; a value within 15 units in the last place of it is missing
   std::vector<ValueLabel> Labels;     // by ascending code; empty when there are none
   std::vector<double> Values;         // one a case
+  std::string Label = {};             // what the variable is, in words; empty when the file has none
+  std::string Format = {};            // how the file's own program shows it, such as DATE9.; kept, not used
 };
 
 class MemoryTable {

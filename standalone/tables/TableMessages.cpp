@@ -6,47 +6,17 @@
 #include <system_error>
 
 #include "standalone/tables/MemoryTable.h"
+#include "standalone/tables/MessageExcerpt.h"
 
 namespace orv {
 namespace {
-
-constexpr std::size_t kLongestExcerpt = 40;  // bytes of a value that a message shows
-constexpr std::size_t kNamesShown = 8;       // a longer list of names ends in "..."
-
-// The beginning of a text on one line, cut between characters.
-std::string Excerpt(std::string_view text) {
-  std::size_t size = text.size();
-  if (size > kLongestExcerpt) {
-    size = kLongestExcerpt;
-    while (size > 0 && (static_cast<unsigned char>(text[size]) & 0xC0U) == 0x80U) --size;
-  }
-  std::string excerpt(text.substr(0, size));
-  for (char& c : excerpt) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return size < text.size() ? excerpt + "..." : excerpt;
-}
-
-std::string NameList(const std::vector<std::string>& names) {
-  std::string list;
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (i > 0) list += ", ";
-    if (i == kNamesShown) return list + "...";
-    list += Excerpt(names[i]);
-  }
-  return list;
-}
-
-std::string Count(std::uint64_t number, std::string_view thing) {
-  return fmt::format("{} {}{}", number, thing, number == 1 ? "" : "s");
-}
 
 std::string Where(const std::string& source, std::uint64_t line) {
   return fmt::format("{}, line {}", source, line);
 }
 
 std::string Where(const TextPlace& place) {
-  const std::string column = fmt::format("{}, column {}", Where(place.Source, place.Line), place.Column);
+  const std::string column = fmt::format("{}, {} {}, column {}", place.Source, place.Unit, place.Line, place.Column);
   return place.Name.empty() ? column : fmt::format("{} (\"{}\")", column, Excerpt(place.Name));
 }
 
@@ -60,7 +30,7 @@ std::string Reason(int reason) {
 
 // `1 field, but line 1 names 3 (time, status, age).`
 std::string FieldsAgainstNames(std::uint64_t fields, const HeaderLine& header) {
-  return fmt::format("{}, but line {} names {} ({}).", Count(fields, "field"), header.Line, header.Names.size(),
+  return fmt::format("{}, but line {} names {} ({}).", CountOf(fields, "field"), header.Line, header.Names.size(),
                      NameList(header.Names));
 }
 
@@ -98,6 +68,31 @@ std::string UnknownEndingMessage(const std::string& path,
       "{}: {}. Readable are {}, and - for CSV from standard input.\n"
       "  Save the table in one of these forms.",
       path, what, fmt::join(readable, ", "));
+}
+
+std::string NotOrdinaryFileMessage(const std::string& path) {
+  return fmt::format("{}: a pipe or a device. Tables of this form are read from ordinary files alone.", path);
+}
+
+std::string IntoPipeMessage(const std::string& path) {
+  return fmt::format("{}: cannot be written: a pipe or a device. Name an ordinary file, or write .csv.", path);
+}
+
+std::string WrongFormMessage(const std::string& path, std::string_view expected, FileForm found) {
+  const std::string_view advice = FormAdvice(found);
+  return fmt::format("{}: not {}: its content is {}.\n  {}", path, expected, FormName(found),
+                     advice.empty() ? "Check the file, or save the table again as CSV." : advice);
+}
+
+std::string DamagedFileMessage(const std::string& path, std::string_view name, std::string_view reason) {
+  return fmt::format(
+      "{}: cannot be read as {}: {}.\n"
+      "  It may be incomplete or damaged: get it again, or save the table as CSV where it was made.",
+      path, name, reason);
+}
+
+std::string WorkbookMessage(const std::string& path) {
+  return fmt::format("{}: workbooks cannot be read. Save the sheet as CSV (.csv) and read that.", path);
 }
 
 std::string OutOfMemoryMessage(const std::string& source) {
@@ -141,14 +136,14 @@ std::string NotUtf8Message(const std::string& source, std::uint64_t line) {
 
 std::string NoCasesMessage(const std::string& source, const HeaderLine& header) {
   return fmt::format("{}: no cases follow line {}, which names {} ({}). Expected one line a case.", source, header.Line,
-                     Count(header.Names.size(), "variable"), NameList(header.Names));
+                     CountOf(header.Names.size(), "variable"), NameList(header.Names));
 }
 
 std::string NumbersAsNamesMessage(const std::string& source, const HeaderLine& header) {
   return fmt::format(
       "{}: only numbers ({}), but the first line must name the variables.\n"
       "  Put a line above it with {}.",
-      Where(source, header.Line), NameList(header.Names), Count(header.Names.size(), "name"));
+      Where(source, header.Line), NameList(header.Names), CountOf(header.Names.size(), "name"));
 }
 
 std::string EmptyNameMessage(const std::string& source, std::uint64_t line, std::uint64_t column) {
@@ -162,6 +157,46 @@ std::string DuplicateNameMessage(const std::string& source,
                                  std::uint64_t secondColumn) {
   return fmt::format("{}: columns {} and {} have the same name, \"{}\". Rename one of them.", Where(source, line),
                      firstColumn, secondColumn, Excerpt(name));
+}
+
+// ---- Variables and cases of files without lines
+// ----------------------------------------------------------------------
+
+std::string NoVariablesMessage(const std::string& source) {
+  return fmt::format("{}: no variables in it. Check that this is the file with the cases.", source);
+}
+
+std::string NoRowsMessage(const std::string& source) {
+  return fmt::format("{}: variables, but no case. Check that this is the whole table.", source);
+}
+
+std::string NamelessVariableMessage(const std::string& source, std::size_t variable) {
+  return fmt::format("{}: variable {} has no name. Name it.", source, variable);
+}
+
+std::string UnreadableNameMessage(const std::string& source, std::size_t variable) {
+  return fmt::format("{}: the name of variable {} is no UTF-8 text. Rename it.", source, variable);
+}
+
+std::string RepeatedNameMessage(const std::string& source,
+                                const std::string& name,
+                                std::size_t first,
+                                std::size_t second) {
+  return fmt::format("{}: variables {} and {} have the same name, \"{}\". Rename one of them.", source, first, second,
+                     Excerpt(name));
+}
+
+std::string UnreadableTextMessage(const std::string& source, std::uint64_t caseNumber, const std::string& variable) {
+  return fmt::format(
+      "{}, case {}, variable \"{}\": a text that is not in the file's encoding. Correct it, or save the table as CSV "
+      "in "
+      "UTF-8.",
+      source, caseNumber, Excerpt(variable));
+}
+
+std::string InfiniteValueMessage(const std::string& source, std::uint64_t caseNumber, const std::string& variable) {
+  return fmt::format("{}, case {}, variable \"{}\": an infinite value. Replace it by a number, or make it missing.",
+                     source, caseNumber, Excerpt(variable));
 }
 
 // ---- Records and fields ---------------------------------------------------------------------------------------------

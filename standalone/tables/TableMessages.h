@@ -8,17 +8,20 @@
 #include <string_view>
 #include <vector>
 
+#include "standalone/tables/FileForm.h"
+
 namespace orv {
 
 // What messages call the source of "-".
 inline constexpr std::string_view kStandardInputName = "standard input";
 
-// A field of a text file.
+// A field of a text file, or a value in a row of a database.
 struct TextPlace {
   std::string Source;
   std::uint64_t Line = 0;    // from 1
   std::uint64_t Column = 0;  // number of the field, from 1
   std::string Name;          // of the variable; empty when not known
+  std::string_view Unit = "line";
 };
 
 // The line that names the variables.
@@ -37,6 +40,13 @@ std::string ReadFailedMessage(const std::string& source, int reason);
 std::string UnknownEndingMessage(const std::string& path,
                                  const std::string& ending,
                                  const std::vector<std::string_view>& readable);
+std::string NotOrdinaryFileMessage(const std::string& path);
+std::string IntoPipeMessage(const std::string& path);
+// A file whose name promises `expected`, such as "an SPSS file".
+std::string WrongFormMessage(const std::string& path, std::string_view expected, FileForm found);
+// A file of the form `name` that its reader gives up on, for `reason`.
+std::string DamagedFileMessage(const std::string& path, std::string_view name, std::string_view reason);
+std::string WorkbookMessage(const std::string& path);
 std::string OutOfMemoryMessage(const std::string& source);
 std::string EmptyFileMessage(const std::string& source);
 std::string FileChangedMessage(const std::string& source);
@@ -57,6 +67,19 @@ std::string DuplicateNameMessage(const std::string& source,
                                  const std::string& name,
                                  std::uint64_t firstColumn,
                                  std::uint64_t secondColumn);
+
+// ---- Variables and cases of files without lines; they count from 1
+// ---------------------------------------------------
+std::string NoVariablesMessage(const std::string& source);
+std::string NoRowsMessage(const std::string& source);
+std::string NamelessVariableMessage(const std::string& source, std::size_t variable);
+std::string UnreadableNameMessage(const std::string& source, std::size_t variable);
+std::string RepeatedNameMessage(const std::string& source,
+                                const std::string& name,
+                                std::size_t first,
+                                std::size_t second);
+std::string UnreadableTextMessage(const std::string& source, std::uint64_t caseNumber, const std::string& variable);
+std::string InfiniteValueMessage(const std::string& source, std::uint64_t caseNumber, const std::string& variable);
 
 // ---- Records and fields ---------------------------------------------------------------------------------------------
 // `last` is the field that belongs to the last named column, `extra` the first one after it.

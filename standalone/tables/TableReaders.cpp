@@ -7,6 +7,10 @@
 #include <system_error>
 
 #include "standalone/tables/DelimitedReader.h"
+#include "standalone/tables/OrvReader.h"
+#include "standalone/tables/SqliteAddress.h"
+#include "standalone/tables/SqliteReader.h"
+#include "standalone/tables/StatisticsReader.h"
 #include "standalone/tables/TableError.h"
 #include "standalone/tables/TableMessages.h"
 
@@ -22,6 +26,7 @@ const TableReader* FindReader(std::string_view ending) {
 
 MemoryTable ReadByEnding(const std::string& path, const TableReadOptions& options) {
   if (path == "-") return ReadDelimitedStream(options);
+  if (IsSqliteAddress(path)) return ReadSqliteAddress(path, options);
   // A name that is wrong altogether is told as such before its ending is looked at.
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
@@ -29,6 +34,7 @@ MemoryTable ReadByEnding(const std::string& path, const TableReadOptions& option
   if (std::filesystem::is_directory(status)) throw TableError(FolderMessage(path));
   const std::string ending = LowerCaseEnding(path);
   const TableReader* reader = FindReader(ending);
+  if (ending == ".xlsx" || ending == ".xls" || ending == ".ods") throw TableError(WorkbookMessage(path));
   if (reader == nullptr) {
     std::vector<std::string_view> readable;
     for (const TableReader& known : TableReaders())
@@ -43,6 +49,13 @@ MemoryTable ReadByEnding(const std::string& path, const TableReadOptions& option
 const std::vector<TableReader>& TableReaders() {
   static const std::vector<TableReader> kReaders = {
       {{".csv", ".tsv", ".txt"}, ReadDelimitedFile},
+      {{".orv"}, ReadOrvFile},
+      {{".db", ".sqlite", ".sqlite3"}, ReadSqliteFile},
+      {{".sas7bdat"}, ReadSasFile},
+      {{".xpt"}, ReadSasTransportFile},
+      {{".sav", ".zsav"}, ReadSpssFile},
+      {{".por"}, ReadSpssPortableFile},
+      {{".dta"}, ReadStataFile},
   };
   return kReaders;
 }
@@ -53,6 +66,11 @@ std::string LowerCaseEnding(const std::string& path) {
     if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
   }
   return ending;
+}
+
+std::string FileOfTable(const std::string& path) {
+  if (path == "-") return {};
+  return IsSqliteAddress(path) ? ParseSqliteAddress(path).File : path;
 }
 
 MemoryTable ReadTable(const std::string& path, const TableReadOptions& options) {

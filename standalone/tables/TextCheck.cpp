@@ -57,4 +57,9 @@ TextCheck::Finding TextCheck::Check(std::string_view block) {
   return {};
 }
 
+bool IsSoundText(std::string_view text) {
+  TextCheck check;
+  return check.Check(text).Fault == TextFault::None && check.AtEndOfCharacter();
+}
+
 }  // namespace orv

@@ -30,4 +30,7 @@ class TextCheck {
   unsigned char m_highest = 0xBF;
 };
 
+// True when a whole text is UTF-8 without a zero byte.
+bool IsSoundText(std::string_view text);
+
 }  // namespace orv

@@ -82,18 +82,25 @@ TEST_F(TableFiles, SourceIsTheNameAsGiven) {
   EXPECT_EQ(ReadTable(path).Source(), path);
 }
 
+const std::string kReadable =
+    "Readable are .csv, .tsv, .txt, .orv, .db, .sqlite, .sqlite3, .sas7bdat, .xpt, .sav, .zsav, .por, .dta, and - for "
+    "CSV "
+    "from standard input.\n  Save the table in one of these forms.";
+
 TEST_F(TableFiles, UnknownEndingsNameTheReadableOnes) {
-  for (const char* ending : {".sas7bdat", ".xpt", ".sav", ".por", ".dta", ".orv", ".xlsx", ".csv~"}) {
+  for (const char* ending : {".pdf", ".sas7bcat", ".csv~"}) {
     const std::string path = Write(std::string("trial") + ending, "x\n1\n");
-    EXPECT_EQ(Refusal(path), path + ": " + ending +
-                                 " files cannot be read. Readable are .csv, .tsv, .txt, and - for CSV from standard "
-                                 "input.\n  Save the table in one of these forms.");
+    EXPECT_EQ(Refusal(path), path + ": " + ending + " files cannot be read. " + kReadable);
   }
   const std::string path = Write("trial", "x\n1\n");
-  EXPECT_EQ(Refusal(path),
-            path +
-                ": a file without an ending cannot be read. Readable are .csv, .tsv, .txt, and - for CSV "
-                "from standard input.\n  Save the table in one of these forms.");
+  EXPECT_EQ(Refusal(path), path + ": a file without an ending cannot be read. " + kReadable);
+}
+
+TEST_F(TableFiles, WorkbooksAreToBeSavedAsCsv) {
+  for (const char* name : {"a.xlsx", "a.XLS", "a.ods"}) {
+    const std::string path = Write(name, "PK");
+    EXPECT_EQ(Refusal(path), path + ": workbooks cannot be read. Save the sheet as CSV (.csv) and read that.");
+  }
 }
 
 TEST_F(TableFiles, MissingFilesAndFolders) {
@@ -275,7 +282,8 @@ TEST(TableReaders, EndingsAreLowerCaseAndUnique) {
     EXPECT_NE(reader.Read, nullptr);
     endings.insert(endings.end(), reader.Endings.begin(), reader.Endings.end());
   }
-  EXPECT_THAT(endings, ::testing::ElementsAre(".csv", ".tsv", ".txt"));
+  EXPECT_THAT(endings, ::testing::ElementsAre(".csv", ".tsv", ".txt", ".orv", ".db", ".sqlite", ".sqlite3", ".sas7bdat",
+                                              ".xpt", ".sav", ".zsav", ".por", ".dta"));
 }
 
 }  // namespace

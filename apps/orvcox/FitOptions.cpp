@@ -168,7 +168,9 @@ void AddMethod(CLI::App& command, FitOptions& options) {
       .add_option("--tolerance-exponent", typed.ToleranceExponent,
                   fmt::format("N for a tolerance of 1e-N, 1 to {}; default {}", kLargestExponent, d.ToleranceExponent))
       ->type_name("N");
-  AddList(command, "--start-values", typed.StartValues, "One start value per coefficient")->type_name("X,...");
+  AddList(command, "--start-values", typed.StartValues,
+          "One start value per coefficient, or an .orv file with a column of them")
+      ->type_name("X,... | FILE.orv");
   AddList(command, "--fix", typed.Fix, "Coefficients held at their start values, numbered from 1")->type_name("N,...");
   command.add_flag("--robust", d.Robust, "Robust (sandwich) covariance of the estimates");
   command.add_option("--confidence", typed.Confidence, "Level of confidence limits; default 0.95")->type_name("LEVEL");
@@ -281,10 +283,8 @@ std::vector<double> CompleteStartValues(const std::vector<std::string>& texts) {
       values.push_back(*value);
       continue;
     }
-    if (text.ends_with(".orv")) {
-      throw DefinitionError(fmt::format("--start-values {}: files are not available yet in this version.", text));
-    }
-    throw DefinitionError(fmt::format("--start-values: \"{}\" is not a number.", text));
+    throw DefinitionError(fmt::format(
+        "--start-values: \"{}\" is not a number. Give a number for each coefficient, or one .orv file.", text));
   }
   return values;
 }
@@ -357,7 +357,10 @@ void CompleteOptions(FitOptions& options) {
   d.PEnter = CompleteProbability("--p-enter", typed.PEnter);
   d.PRemove = CompleteProbability("--p-remove", typed.PRemove);
   d.Force = CompleteForced(typed.Force);
-  d.StartValues = CompleteStartValues(typed.StartValues);
+  const bool isFile = typed.StartValues.size() == 1 && !ParseNumber(typed.StartValues[0]) &&
+                      LowerCaseEnding(typed.StartValues[0]) == ".orv";
+  if (isFile) d.StartValuesFile = typed.StartValues[0];
+  if (!isFile) d.StartValues = CompleteStartValues(typed.StartValues);
   d.FixedCoefficients = CompleteCoefficients(typed.Fix);
   options.Results.Results = CompleteResults(typed.Show);
   options.Results.ShowsAll = Holds(typed.Show, kAllResults);

@@ -64,6 +64,11 @@ constexpr std::array kTexts = {
     TableText{10196,
               "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was "
               "unable to converge.  No results are available.  New start values should be considered."},
+    TableText{10197, "File is not a valid Orvanta Spreadsheet."},
+    TableText{10198, "Invalid start values were found.  Please review spreadsheet for appropriate values."},
+    TableText{10199,
+              "Too many columns. Start values should be placed in the appropriate rows within 1 column: the number of "
+              "rows/cases = the number of coefficients."},
     TableText{10201,
               "Only 1 strata code was found.  In order to perform a stratified analysis the strata variable must "
               "contain more than 1 code."},

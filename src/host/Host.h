@@ -61,6 +61,16 @@ class HostDocument {
   virtual std::optional<std::string> TextAt(int row, int column) const = 0;
 };
 
+// A spreadsheet file that the host has opened for reading. Cases and columns count from 1.
+class HostSpreadsheet {
+ public:
+  virtual ~HostSpreadsheet() = default;
+  virtual int ColumnCount() const = 0;
+  virtual int CaseCount() const = 0;
+  // What a cell shows, numbers with all their digits; empty when it is missing.
+  virtual std::string CellText(int caseNumber, int column) const = 0;
+};
+
 // A finished result sheet, as `looka4` receives it. All arrays belong to the caller and end with the call.
 // Fields of fixed width are padded with zero bytes and carry no terminator when they are full.
 struct SheetArguments {
@@ -141,6 +151,9 @@ class Host {
   // Translation between a value of a variable and its label. Returns 0 when the value has one.
   virtual int vvlcod8(int variable, int value, std::string& label, double& labelledValue) = 0;
   virtual int vvlcod(int variable, int value, std::string& label, double& labelledValue) = 0;
+
+  // Opens a spreadsheet file besides the input table. Never null: a file that cannot be read is an error of the host.
+  virtual std::unique_ptr<HostSpreadsheet> OpenSpreadsheet(const std::string& file) = 0;
 
   // ---- Names --------------------------------------------------------------------------------------------------
   // A key of 8 characters for a name that does not fit its field; the host remembers what it stands for.

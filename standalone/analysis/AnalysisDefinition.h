@@ -44,6 +44,7 @@ struct AnalysisDefinition {
   std::string Converge;
   int ToleranceExponent = 8;
   std::vector<double> StartValues;
+  std::string StartValuesFile;         // an .orv file in their place
   std::vector<int> FixedCoefficients;  // from 1
   std::string Select;                  // model building
   std::optional<double> PEnter;

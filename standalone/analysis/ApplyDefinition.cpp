@@ -48,7 +48,8 @@ class Applier {
     ChooseFactorCodes();
     ChooseStrataCodes();
     ChooseMethod();
-    design.ChooseStartValues();
+    m_applied.Refused = !design.ChooseStartValues();
+    if (m_applied.Refused) return m_applied;
     ApplySelection(m_definition, m_analysis, m_applied);
     return m_applied;
   }

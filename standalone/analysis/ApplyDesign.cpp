@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "core/StartValuesFile.h"
 #include "core/TimeCovariates.h"
 #include "core/VariableSelection.h"
 #include "data/CCoxData.h"
@@ -208,15 +209,19 @@ void DesignApplier::NoteOnMissingPredictors() {
 
 // ---- Start values -----------------------------------------------------------------------------------------------
 
-void DesignApplier::ChooseStartValues() {
-  if (m_definition.StartValues.empty()) return;
+bool DesignApplier::ChooseStartValues() {
+  if (m_definition.StartValues.empty() && m_definition.StartValuesFile.empty()) return true;
   m_settings.UseStartValues = true;
   m_settings.StartValues = m_definition.StartValues;
+  if (!m_definition.StartValuesFile.empty() && LoadStartValues(m_analysis, m_definition.StartValuesFile) != 0) {
+    return false;
+  }
   if (!m_definition.FixedCoefficients.empty()) {
     HoldEffects();
   } else if (m_settings.InputType != InputTypes::TimeDependent) {
     m_notes.push_back(Messages::StartValuesStandardized());
   }
+  return true;
 }
 
 // The module holds whole effects, so the coefficients named must be all of an effect's or none.

@@ -28,7 +28,9 @@ class DesignApplier {
   // False when the module has refused a covariate with its message.
   bool ChooseTimeCovariates();
   void ChooseEffects();
-  void ChooseStartValues();
+  // False when the module has refused a file of start values with its message. Throws TableError for one that cannot be
+  // read.
+  bool ChooseStartValues();
 
  private:
   using Symbols = std::map<std::string, std::string>;  // name of a predictor to its term

@@ -94,7 +94,8 @@ void CheckDefinition(const AnalysisDefinition& definition) {
   CheckSelection(d);
   ChoiceValue("--converge", d.Converge, ConvergenceChoices(), 0);
   if (!d.TimeCovariates.empty() && (d.Robust || !d.Subject.empty())) Fail(Messages::RobustWithTimeCovariates());
-  if (d.StartValues.empty() && !d.FixedCoefficients.empty()) Fail(Messages::FixWithoutStartValues());
+  if (d.StartValues.empty() && d.StartValuesFile.empty() && !d.FixedCoefficients.empty())
+    Fail(Messages::FixWithoutStartValues());
 }
 
 }  // namespace orv

@@ -34,7 +34,7 @@ std::string SheetAsCsv(const SheetContent& sheet) {
   for (std::size_t row = 0; row < sheet.RowNames.size(); ++row) {
     if (hasNames) csv.Text(sheet.RowNames[row]);
     for (const SheetColumn& column : sheet.Columns) {
-      column.KindOfCell(row) == CellKind::Text ? csv.Text(column.Texts[row]) : csv.Number(column.Numbers[row]);
+      column.KindOfCell(row) == SheetCellKind::Text ? csv.Text(column.Texts[row]) : csv.Number(column.Numbers[row]);
     }
     csv.EndRecord();
   }

@@ -77,11 +77,11 @@ void WriteMessages(JsonText& json, const std::vector<ReportedMessage>& messages)
 
 void WriteCell(JsonText& json, const SheetColumn& column, std::size_t row) {
   switch (column.KindOfCell(row)) {
-    case CellKind::Text:
+    case SheetCellKind::Text:
       return json.String(column.Texts[row]);
-    case CellKind::Number:
+    case SheetCellKind::Number:
       return json.Number(column.Numbers[row]);
-    case CellKind::Missing:
+    case SheetCellKind::Missing:
       return json.Number(Missing);
   }
 }

@@ -5,9 +5,9 @@
 
 namespace orv {
 
-CellKind SheetColumn::KindOfCell(std::size_t row) const {
-  if (IsText && !Texts[row].empty()) return CellKind::Text;
-  return std::isnan(Numbers[row]) ? CellKind::Missing : CellKind::Number;
+SheetCellKind SheetColumn::KindOfCell(std::size_t row) const {
+  if (IsText && !Texts[row].empty()) return SheetCellKind::Text;
+  return std::isnan(Numbers[row]) ? SheetCellKind::Missing : SheetCellKind::Number;
 }
 
 std::string SheetContent::Heading(std::size_t column) const {

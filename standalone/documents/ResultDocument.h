@@ -11,7 +11,7 @@
 
 namespace orv {
 
-enum class CellKind { Missing, Number, Text };
+enum class SheetCellKind { Missing, Number, Text };
 
 // One column of a sheet. `Numbers` and `Highlighted` have one element per row.
 struct SheetColumn {
@@ -25,7 +25,7 @@ struct SheetColumn {
   // What heads the column: the long name when there is one.
   const std::string& Title() const { return LongName.empty() ? Name : LongName; }
   // `row` counts from 0. A column of texts may hold a number where no text was written.
-  CellKind KindOfCell(std::size_t row) const;
+  SheetCellKind KindOfCell(std::size_t row) const;
 };
 
 struct SheetContent {

@@ -44,7 +44,7 @@ TableColumn TextTableColumn(const SheetColumn& column,
                             const std::vector<bool>& wholeRowIsHighlighted) {
   TableColumn result{TrimmedPrintable(heading), false, FormatNumbers(column), column.Highlighted};
   for (std::size_t row = 0; row < result.Texts.size(); ++row) {
-    if (column.KindOfCell(row) == CellKind::Text) result.Texts[row] = TrimmedPrintable(column.Texts[row]);
+    if (column.KindOfCell(row) == SheetCellKind::Text) result.Texts[row] = TrimmedPrintable(column.Texts[row]);
     result.Bold[row] = result.Bold[row] || wholeRowIsHighlighted[row];
   }
   result.RightAligned = AreAllNumbers(result.Texts);

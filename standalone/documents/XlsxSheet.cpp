@@ -146,14 +146,14 @@ void XlsxSheet::AppendRow(std::string& xml, std::size_t row) const {
     const SheetColumn& column = m_content.Columns[k];
     const bool isBold = column.Highlighted[contentRow] || (column.IsText && isBoldRow);
     switch (column.KindOfCell(contentRow)) {
-      case CellKind::Text:
+      case SheetCellKind::Text:
         AppendText(xml, place, sheetRow, column.Texts[contentRow], isBold ? XlsxStyle::Bold : XlsxStyle::Plain);
         break;
-      case CellKind::Number:
+      case SheetCellKind::Number:
         AppendNumber(xml, place, sheetRow, column.Numbers[contentRow],
                      m_styles[k].Of(column.Numbers[contentRow], isBold));
         break;
-      case CellKind::Missing:
+      case SheetCellKind::Missing:
         break;
     }
   }

@@ -8,7 +8,9 @@
 #include "standalone/formula/HostFormula.h"
 #include "standalone/host/Distributions.h"
 #include "standalone/host/Interrupt.h"
+#include "standalone/host/TableSpreadsheet.h"
 #include "standalone/host/TerminalProgress.h"
+#include "standalone/tables/TableReaders.h"
 
 namespace orv {
 
@@ -42,13 +44,13 @@ class StandaloneHost::DocumentView : public HostDocument {
   std::optional<double> NumberAt(int row, int column) const override {
     const SheetColumn* cells = ColumnAt(row, column);
     const auto at = static_cast<std::size_t>(row);
-    if (cells == nullptr || cells->KindOfCell(at) != CellKind::Number) return std::nullopt;
+    if (cells == nullptr || cells->KindOfCell(at) != SheetCellKind::Number) return std::nullopt;
     return cells->Numbers[at];
   }
   std::optional<std::string> TextAt(int row, int column) const override {
     const SheetColumn* cells = ColumnAt(row, column);
     const auto at = static_cast<std::size_t>(row);
-    if (cells == nullptr || cells->KindOfCell(at) != CellKind::Text) return std::nullopt;
+    if (cells == nullptr || cells->KindOfCell(at) != SheetCellKind::Text) return std::nullopt;
     return cells->Texts[at];
   }
 
@@ -127,6 +129,10 @@ void StandaloneHost::getmd5(int variable, double& missingCode) {
 
 const InputTable& StandaloneHost::GetInputTable() {
   return *m_inputTable;
+}
+
+std::unique_ptr<HostSpreadsheet> StandaloneHost::OpenSpreadsheet(const std::string& file) {
+  return std::make_unique<TableSpreadsheet>(ReadTable(file));
 }
 
 int StandaloneHost::GetVarNameEx(std::uint16_t, int index, std::string& name) {

@@ -64,6 +64,9 @@ class StandaloneHost : public Host {
   int vvlcod8(int variable, int value, std::string& label, double& labelledValue) override;
   int vvlcod(int variable, int value, std::string& label, double& labelledValue) override;
 
+  // Any file that ReadTable reads. Throws TableError.
+  std::unique_ptr<HostSpreadsheet> OpenSpreadsheet(const std::string& file) override;
+
   std::string Get8CharHash(const std::string& name) override { return m_names.Get8CharHash(name); }
   std::string ExpandPossible8CharHash(const std::string& text) override { return m_names.Expand(text); }
   // Names of data files carry no formatting marks.

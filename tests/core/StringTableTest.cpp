@@ -54,6 +54,12 @@ const std::map<int, std::string> kTexts = {
     {10196,
      "A numerical issue was encountered during estimation and the Cox Proportional Hazards algorithm was unable to "
      "converge.  No results are available.  New start values should be considered."},
+    {10197, "File is not a valid Orvanta Spreadsheet."},
+    {10198, "Invalid start values were found.  Please review spreadsheet for appropriate values."},
+    {10199,
+     "Too many columns. Start values should be placed in the appropriate rows within 1 column: the number of "
+     "rows/cases "
+     "= the number of coefficients."},
     {10201,
      "Only 1 strata code was found.  In order to perform a stratified analysis the strata variable must contain more "
      "than 1 code."},

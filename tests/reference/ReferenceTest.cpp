@@ -55,7 +55,7 @@ class TableCells {
   std::optional<double> At(const std::string& column, std::size_t row) const {
     for (const SheetColumn& candidate : m_sheet.Columns) {
       if (candidate.Title() != column) continue;
-      if (candidate.KindOfCell(row) != CellKind::Number) return std::nullopt;
+      if (candidate.KindOfCell(row) != SheetCellKind::Number) return std::nullopt;
       return candidate.Numbers[row];
     }
     ADD_FAILURE() << "no column " << column;

@@ -68,6 +68,7 @@ class HeapOnlyHost : public Host {
   int getlab(unsigned, std::string&) override { Unexpected("getlab"); }
   int vvlcod8(int, int, std::string&, double&) override { Unexpected("vvlcod8"); }
   int vvlcod(int, int, std::string&, double&) override { Unexpected("vvlcod"); }
+  std::unique_ptr<HostSpreadsheet> OpenSpreadsheet(const std::string&) override { Unexpected("OpenSpreadsheet"); }
   std::string Get8CharHash(const std::string&) override { Unexpected("Get8CharHash"); }
   std::string ExpandPossible8CharHash(const std::string&) override { Unexpected("ExpandPossible8CharHash"); }
   std::string StripFormatting(const std::string&) override { Unexpected("StripFormatting"); }

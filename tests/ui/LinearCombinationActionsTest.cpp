@@ -87,7 +87,7 @@ TEST_F(LinearCombinationActionsTest, EntrySheetHasARowForEachParameter) {
   EXPECT_EQ(shown.Columns[0].Texts, (Texts{"", "1", "1", "2"})) << "a covariate has no level";
   for (std::size_t k = 2; k < 6; ++k) {
     for (std::size_t row = 0; row < 4; ++row) {
-      EXPECT_EQ(shown.Columns[k].KindOfCell(row), CellKind::Missing) << k << ' ' << row;
+      EXPECT_EQ(shown.Columns[k].KindOfCell(row), SheetCellKind::Missing) << k << ' ' << row;
     }
   }
 }
@@ -136,7 +136,7 @@ TEST_F(LinearCombinationActionsTest, SecondEntryStartsFromTheFirst) {
   ASSERT_EQ(Open(), Statuses::Usable);
   EXPECT_EQ(shown.Columns[2].Numbers, (Vector{0.5, 0.0, 0.0, 0.0}));
   EXPECT_EQ(shown.Columns[3].Numbers, (Vector{0.0, 0.0, 1.0, -1.0}));
-  EXPECT_EQ(shown.Columns[4].KindOfCell(0), CellKind::Missing);
+  EXPECT_EQ(shown.Columns[4].KindOfCell(0), SheetCellKind::Missing);
   EXPECT_EQ(results->m_LinearCombinations.size(), 4U);
   EXPECT_EQ(results->m_LinearCombinations[0], (Vector{0.5, 0.0})) << "and keeps it";
   ExpectNoMessage();

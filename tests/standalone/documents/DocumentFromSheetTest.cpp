@@ -98,10 +98,10 @@ TEST(DocumentFromSheet, TakesCellsWithoutANumberAsMissing) {
   sheet.SetNumber(3, 0, std::numeric_limits<double>::infinity());
   const ResultDocument document = DocumentFromSheet(sheet.Arguments(), AsItIs);
   const SheetColumn& column = ContentOf(document).Columns[0];
-  EXPECT_EQ(column.KindOfCell(0), CellKind::Missing) << "never written";
-  EXPECT_EQ(column.KindOfCell(1), CellKind::Missing) << "another NaN";
-  EXPECT_EQ(column.KindOfCell(2), CellKind::Number);
-  EXPECT_EQ(column.KindOfCell(3), CellKind::Number);
+  EXPECT_EQ(column.KindOfCell(0), SheetCellKind::Missing) << "never written";
+  EXPECT_EQ(column.KindOfCell(1), SheetCellKind::Missing) << "another NaN";
+  EXPECT_EQ(column.KindOfCell(2), SheetCellKind::Number);
+  EXPECT_EQ(column.KindOfCell(3), SheetCellKind::Number);
 }
 
 TEST(DocumentFromSheet, ReadsFieldsThatAreFull) {
@@ -210,7 +210,7 @@ TEST(DocumentFromSheet, TakesNullArraysAsNeverWritten) {
   const SheetContent& content = ContentOf(document);
   EXPECT_THAT(document.Titles, IsEmpty());
   EXPECT_THAT(content.RowNames, ElementsAre(""));
-  EXPECT_EQ(content.Columns[0].KindOfCell(0), CellKind::Missing);
+  EXPECT_EQ(content.Columns[0].KindOfCell(0), SheetCellKind::Missing);
   EXPECT_THAT(content.Columns[0].Highlighted, ElementsAre(false));
 }
 

@@ -29,13 +29,13 @@ TEST(SheetColumn, IsHeadedByItsLongNameWhenItHasOne) {
 
 TEST(SheetColumn, TellsMissingCellsFromNumbersAndTexts) {
   const SheetColumn numbers = NumberColumn("Wald", {0.0, NoNumber});
-  EXPECT_EQ(numbers.KindOfCell(0), CellKind::Number);
-  EXPECT_EQ(numbers.KindOfCell(1), CellKind::Missing);
+  EXPECT_EQ(numbers.KindOfCell(0), SheetCellKind::Number);
+  EXPECT_EQ(numbers.KindOfCell(1), SheetCellKind::Missing);
   SheetColumn texts = TextColumn("Level", {"male", "", ""});
   texts.Numbers[2] = 7.0;
-  EXPECT_EQ(texts.KindOfCell(0), CellKind::Text);
-  EXPECT_EQ(texts.KindOfCell(1), CellKind::Missing);
-  EXPECT_EQ(texts.KindOfCell(2), CellKind::Number);
+  EXPECT_EQ(texts.KindOfCell(0), SheetCellKind::Text);
+  EXPECT_EQ(texts.KindOfCell(1), SheetCellKind::Missing);
+  EXPECT_EQ(texts.KindOfCell(2), SheetCellKind::Number);
 }
 
 TEST(ResultDocuments, KeepTheirOrderAndTheirPlaces) {

@@ -1,28 +1,17 @@
 #include "select/BackwardSelection.h"
 
-#include "core/CCoxPH.h"
-#include "data/CCoxData.h"
-#include "fit/CCoxFit.h"
 #include "select/EffectColumns.h"
-#include "select/EffectHierarchy.h"
-#include "select/EffectModel.h"
+#include "select/EffectSearch.h"
 #include "select/EffectTests.h"
-#include "select/GuardedSearch.h"
 #include "select/ReduceDesign.h"
 
 namespace orv {
 
 namespace {
 
-class BackwardSearch {
+class BackwardSearch : public EffectSearch {
  public:
-  explicit BackwardSearch(CCoxFit& fit)
-      : m_fit(fit),
-        m_data(*fit.m_pData),
-        m_forced(ForcedEffectCount(fit)),
-        m_effects(static_cast<int>(fit.m_pData->EffectCount)),
-        m_hierarchy(fit),
-        m_model(fit) {
+  explicit BackwardSearch(CCoxFit& fit) : EffectSearch(fit) {
     for (int effect = 1; effect <= m_effects; ++effect) m_model.Add(effect);
     for (int effect = m_forced + 1; effect <= m_effects; ++effect) {
       if (!IsFixedEffect(m_data, effect)) m_removable.push_back(effect);
@@ -37,7 +26,7 @@ class BackwardSearch {
       m_model.Fit();
       if (m_fit.m_FitStatus == FitStatuses::Cancelled) return;
       const SelectionCandidate worst = tests.BestToLeave(m_hierarchy, m_model.EffectBits(), m_removable);
-      if (worst.Effect == 0 || worst.Test.PValue <= m_fit.Owner().m_Settings.PToRemove) return;
+      if (worst.Effect == 0 || worst.Test.PValue <= m_settings.PToRemove) return;
       Remove(worst);
       if (progress.Advance()) return;
     }
@@ -55,13 +44,10 @@ class BackwardSearch {
 
   // The lists of what is in the model, in design order.
   void PublishModel() {
+    ListModel(m_fit.m_KeptEffects, m_fit.m_KeptFirstColumns, m_fit.m_KeptLastColumns, m_fit.m_KeptNames);
     m_fit.m_EffectInModel = m_model.EffectBits();
     m_fit.m_ColumnInModel.assign(m_data.CoefficientCount, false);
-    m_fit.m_KeptEffects = m_model.Effects();
     m_fit.m_ActiveEffectCount = static_cast<int>(m_fit.m_KeptEffects.size());
-    m_fit.m_KeptFirstColumns.clear();
-    m_fit.m_KeptLastColumns.clear();
-    m_fit.m_KeptNames.clear();
     m_fit.m_ActiveEffectIndex.clear();
     m_fit.m_ActiveFirstPosition.clear();
     m_fit.m_ActiveLastPosition.clear();
@@ -69,9 +55,6 @@ class BackwardSearch {
     for (const int effect : m_fit.m_KeptEffects) {
       const EffectColumns columns = ColumnsOfEffect(m_data, effect);
       for (int c = columns.First; c <= columns.Last; ++c) m_fit.m_ColumnInModel[static_cast<std::size_t>(c)] = true;
-      m_fit.m_KeptFirstColumns.push_back(columns.First + 1);
-      m_fit.m_KeptLastColumns.push_back(columns.Last + 1);
-      m_fit.m_KeptNames.push_back(EffectText(m_fit, effect));
       m_fit.m_ActiveEffectIndex.push_back(effect - 1);
       m_fit.m_ActiveFirstPosition.push_back(position + 1);
       position += columns.Count();
@@ -79,20 +62,13 @@ class BackwardSearch {
     }
   }
 
-  CCoxFit& m_fit;
-  const CCoxData& m_data;
-  const int m_forced;
-  const int m_effects;
-  const EffectHierarchy m_hierarchy;
-  EffectModel m_model;
   std::vector<int> m_removable;  // effects that may leave, from 1
 };
 
 }  // namespace
 
 void BackwardSelection(CCoxFit& fit) {
-  RunGuarded(fit, static_cast<int>(fit.m_pData->EffectCount),
-             [&fit](SearchProgress& progress) { BackwardSearch(fit).Run(progress); });
+  RunSearch<BackwardSearch>(fit);
 }
 
 void ApplyBackwardSelection(CCoxFit& fit) {

@@ -3,14 +3,9 @@
 #include <algorithm>
 #include <numeric>
 
-#include "core/CCoxPH.h"
-#include "data/CCoxData.h"
-#include "fit/CCoxFit.h"
 #include "select/EffectColumns.h"
-#include "select/EffectHierarchy.h"
-#include "select/EffectModel.h"
+#include "select/EffectSearch.h"
 #include "select/EffectTests.h"
-#include "select/GuardedSearch.h"
 #include "select/ReduceDesign.h"
 #include "select/SweptInformation.h"
 
@@ -18,19 +13,9 @@ namespace orv {
 
 namespace {
 
-// What stands in the lists for the test of a forced effect.
-constexpr double kNoTest = -1.0;
-
-class ForwardSearch {
+class ForwardSearch : public EffectSearch {
  public:
-  explicit ForwardSearch(CCoxFit& fit)
-      : m_fit(fit),
-        m_data(*fit.m_pData),
-        m_forced(ForcedEffectCount(fit)),
-        m_effects(static_cast<int>(fit.m_pData->EffectCount)),
-        m_hierarchy(fit),
-        m_model(fit),
-        m_all(static_cast<std::size_t>(m_effects)) {
+  explicit ForwardSearch(CCoxFit& fit) : EffectSearch(fit), m_all(static_cast<std::size_t>(m_effects)) {
     std::iota(m_all.begin(), m_all.end(), 1);
   }
 
@@ -41,7 +26,7 @@ class ForwardSearch {
     SweptInformation swept = InformationAtStart();
     for (int entered = 1;; ++entered) {
       const SelectionCandidate best = BestToEnter(m_fit, swept, m_hierarchy, m_model.EffectBits(), m_all);
-      if (best.Effect == 0 || best.Test.PValue > m_fit.Owner().m_Settings.PToEnter) return;
+      if (best.Effect == 0 || best.Test.PValue > m_settings.PToEnter) return;
       Enter(best.Effect, best.Test.ChiSquare, best.Test.PValue);
       if (!FitModel()) return;
       swept = InformationAtEstimates();
@@ -105,20 +90,13 @@ class ForwardSearch {
     }
   }
 
-  CCoxFit& m_fit;
-  const CCoxData& m_data;
-  const int m_forced;
-  const int m_effects;
-  const EffectHierarchy m_hierarchy;
-  EffectModel m_model;
   std::vector<int> m_all;  // the effects, from 1
 };
 
 }  // namespace
 
 void ForwardSelection(CCoxFit& fit) {
-  RunGuarded(fit, static_cast<int>(fit.m_pData->EffectCount),
-             [&fit](SearchProgress& progress) { ForwardSearch(fit).Run(progress); });
+  RunSearch<ForwardSearch>(fit);
 }
 
 void ApplyForwardSelection(CCoxFit& fit) {

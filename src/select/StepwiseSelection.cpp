@@ -4,14 +4,9 @@
 #include <set>
 #include <utility>
 
-#include "core/CCoxPH.h"
-#include "data/CCoxData.h"
-#include "fit/CCoxFit.h"
 #include "select/EffectColumns.h"
-#include "select/EffectHierarchy.h"
-#include "select/EffectModel.h"
+#include "select/EffectSearch.h"
 #include "select/EffectTests.h"
-#include "select/GuardedSearch.h"
 #include "select/ReduceDesign.h"
 #include "select/SweptInformation.h"
 
@@ -19,20 +14,11 @@ namespace orv {
 
 namespace {
 
-// What stands in the lists for the test of a forced effect.
-constexpr double kNoTest = -1.0;
 constexpr int kNoAction = 0;
 
-class StepwiseSearch {
+class StepwiseSearch : public EffectSearch {
  public:
-  explicit StepwiseSearch(CCoxFit& fit)
-      : m_fit(fit),
-        m_data(*fit.m_pData),
-        m_settings(fit.Owner().m_Settings),
-        m_forced(ForcedEffectCount(fit)),
-        m_effects(static_cast<int>(fit.m_pData->EffectCount)),
-        m_hierarchy(fit),
-        m_model(fit) {
+  explicit StepwiseSearch(CCoxFit& fit) : EffectSearch(fit) {
     for (int effect = 1; effect <= m_effects; ++effect) {
       if (IsFixedEffect(m_data, effect)) continue;
       m_free.push_back(effect);
@@ -142,25 +128,9 @@ class StepwiseSearch {
 
   // The lists of what is in the model, in the order of entry.
   void PublishModel() {
-    m_fit.m_StepEffects = m_model.Effects();
-    m_fit.m_StepFirstColumns.clear();
-    m_fit.m_StepLastColumns.clear();
-    m_fit.m_StepNames.clear();
-    for (const int effect : m_fit.m_StepEffects) {
-      const EffectColumns columns = ColumnsOfEffect(m_data, effect);
-      m_fit.m_StepFirstColumns.push_back(columns.First + 1);
-      m_fit.m_StepLastColumns.push_back(columns.Last + 1);
-      m_fit.m_StepNames.push_back(EffectText(m_fit, effect));
-    }
+    ListModel(m_fit.m_StepEffects, m_fit.m_StepFirstColumns, m_fit.m_StepLastColumns, m_fit.m_StepNames);
   }
 
-  CCoxFit& m_fit;
-  const CCoxData& m_data;
-  const CoxSettings& m_settings;
-  const int m_forced;
-  const int m_effects;
-  const EffectHierarchy m_hierarchy;
-  EffectModel m_model;
   std::vector<int> m_free;                               // effects that are not held at their start values, from 1
   std::vector<int> m_removable;                          // those of them that are not forced
   bool m_entering = false;                               // the next pass tries an entry
@@ -171,8 +141,7 @@ class StepwiseSearch {
 }  // namespace
 
 void StepwiseSelection(CCoxFit& fit) {
-  RunGuarded(fit, static_cast<int>(fit.m_pData->EffectCount),
-             [&fit](SearchProgress& progress) { StepwiseSearch(fit).Run(progress); });
+  RunSearch<StepwiseSearch>(fit);
 }
 
 void ApplyStepwiseSelection(CCoxFit& fit) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <set>
 #include <string>
 
@@ -63,16 +64,25 @@ TEST(SelectionFailure, TheBarClosesBeforeTheMessageAndAutomationHearsOfItFirst) 
   EXPECT_THAT(run.Analysis.Host.ErrorHandlerModes, ElementsAre(1));
 }
 
+// One that would take or give up all of its effects.
+NamedSelection LongSelection(int building) {
+  NamedSelection selection(building, {"c", "b", "a", "e"});
+  selection.Limits(0.999, building == ModelBuildings::Backward ? 1e-12 : 0.9995);
+  return selection;
+}
+
+// Calls `action` when the bar of the selection moves, not that of the reading.
+void AtTheFirstStep(testing::TestHost& host, const std::function<void()>& action) {
+  host.OnBarMove = [&host, action](int) {
+    if (host.Bars.back().Title == "Performing model building") action();
+  };
+}
+
 TEST(SelectionFailure, CancelAtTheBarKeepsWhatIsSelected) {
   for (const int building : kBuildings) {
-    NamedSelection selection(building, {"c", "b", "a", "e"});
-    selection.Limits(0.999, building == ModelBuildings::Backward ? 1e-12 : 0.9995);
-    PreparedSelection run(selection);
+    PreparedSelection run(LongSelection(building));
     auto& host = run.Analysis.Host;
-    host.CancelBarAt = 0;
-    host.OnBarMove = [&host](int) {
-      if (host.Bars.back().Title == "Performing model building") host.CancelBarAt = 1;
-    };
+    AtTheFirstStep(host, [&host] { host.CancelBarAt = 1; });
     ASSERT_EQ(run.Run(), 0) << building;
     EXPECT_EQ(run.Effects().size(), building == ModelBuildings::Backward ? 3U : 1U) << building;
     EXPECT_TRUE(run.Analysis.Fit().m_Converged) << building;
@@ -82,14 +92,9 @@ TEST(SelectionFailure, CancelAtTheBarKeepsWhatIsSelected) {
 
 TEST(SelectionFailure, ACancelFromElsewhereKeepsWhatIsSelected) {
   for (const int building : kBuildings) {
-    NamedSelection selection(building, {"c", "b", "a", "e"});
-    selection.Limits(0.999, building == ModelBuildings::Backward ? 1e-12 : 0.9995);
-    PreparedSelection run(selection);
+    PreparedSelection run(LongSelection(building));
     auto& host = run.Analysis.Host;
-    host.CancelBarAt = 0;
-    host.OnBarMove = [&host](int) {
-      if (host.Bars.back().Title == "Performing model building") host.Cancelled = true;
-    };
+    AtTheFirstStep(host, [&host] { host.Cancelled = true; });
     ASSERT_EQ(run.Run(), 0) << building;
     EXPECT_EQ(run.Effects().size(), building == ModelBuildings::Backward ? 3U : 1U) << building;
     // The wish stands during the final fit too, which ends after its first iteration.

@@ -53,6 +53,32 @@ TEST(SelectionFailure, AZeroVarianceEndsTheSearchWithTheModelThatStands) {
   EXPECT_TRUE(run.Analysis.Host.ErrorHandlerModes.empty());
 }
 
+// Score tests are made on the scale of the data, where the relative risks of a covariate far from 0 leave the range of
+// a double; its fit, on the standardised scale, does not fail.
+TEST(SelectionFailure, AnOverflowInTheMiddleKeepsWhatIsSelected) {
+  std::vector<TestColumn> columns = testing::SelectionColumns(5, 80);
+  const auto named = [&columns](const char* name) {
+    return std::find_if(columns.begin(), columns.end(), [name](const TestColumn& c) { return c.Name == name; });
+  };
+  TestColumn far{"far", named("a")->Values};
+  for (double& value : far.Values) value += 1e6;
+  columns.push_back(far);
+  for (const int building : {ModelBuildings::Forward, ModelBuildings::Stepwise}) {
+    TestAnalysis selection(columns);
+    selection.Time({"time"}).Status("status").Covariates({"c", "far", "b"}).DefaultDesign();
+    selection.Settings().ModelBuilding = static_cast<std::int16_t>(building);
+    selection.Fields.PToEnter = 0.9;
+    selection.Fields.PToRemove = 0.99;
+    ASSERT_EQ(selection.Run(), 0) << building;
+    EXPECT_THAT(selection.Host.Messages(), ElementsAre(testing::kModelBuildingStopped)) << building;
+    EXPECT_EQ(selection.Settings().DesignEffects, Names{"far"}) << building;
+    TestAnalysis alone(columns);
+    alone.Time({"time"}).Status("status").Covariates({"far"}).DefaultDesign();
+    ASSERT_EQ(alone.Run(), 0);
+    EXPECT_NEAR(selection.Fit().m_BetaHistory.back()[0], alone.Fit().m_BetaHistory.back()[0], 1e-9) << building;
+  }
+}
+
 TEST(SelectionFailure, TheBarClosesBeforeTheMessageAndAutomationHearsOfItFirst) {
   ZeroVarianceSelection run;
   run.Analysis.Host.Automation = true;

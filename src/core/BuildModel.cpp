@@ -55,7 +55,11 @@ int CCoxPH::BuildModel() {
       dsplst(0, FormatText(kTooManySubsets, {FormatInteger(kMostFreeEffects)}));
       return 1;
     }
-    bounded ? BestSubsetsBounded(fit) : BestSubsetsAllModels(fit);
+    if (bounded) {
+      BestSubsetsBounded(fit);
+    } else {
+      BestSubsetsAllModels(fit);
+    }
     return 0;
   }
   for (const Selection& selection : kSelections) {

@@ -41,10 +41,12 @@ int CCoxPH::RunCoxRegression(void* parent) {
     return 1;
   }
   ReplaceFit(std::make_unique<CCoxFit>(m_pCoxData.get(), m_Settings.Likelihood, m_Settings.InputType));
+  const bool wasReady = m_Settings.FinalFitReady;
   int failed = 1;
   try {
     failed = FitModel();
   } catch (...) {
+    m_Settings.FinalFitReady = wasReady;
     RestoreFullModelData();
     throw;
   }

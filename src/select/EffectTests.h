@@ -57,7 +57,8 @@ class RemovalTests {
 // Tests L'b = 0 on the current model by m_Covariance, like TestLinearHypothesis on the final one.
 //   L              a row for each column of the current model, a column for each function
 //   lastIteration  the entry of m_BetaHistory that holds b, from 0
-//   df, failed     out: the independent functions; 1 when there is none, and then the chi-square is 0
+//   df             out: how many of the functions are independent
+//   failed         out: 1 when none is, and then the chi-square is 0
 double WaldForEffect(const CCoxFit& fit,
                      const std::vector<std::vector<double>>& L,
                      int lastIteration,

@@ -33,6 +33,7 @@ class StepwiseSearch : public EffectSearch {
     if (m_fit.m_ActiveCount > 0) m_model.Fit();
     m_entering = true;
     m_going = true;
+    m_states.emplace(m_entering, m_model.Effects());
     while ((m_entering || m_going) && !WasCancelled()) {
       int action = kNoAction;
       if (m_entering && TryEntry()) action = StepActions::Entry;
@@ -40,8 +41,7 @@ class StepwiseSearch : public EffectSearch {
       if (TryRemoval(tests)) action = StepActions::Removal;
       SetFlags(action);
       // The steps depend on the state alone, so a state that comes back would come back for ever.
-      const bool isNewState = m_states.emplace(m_entering, m_model.Effects()).second;
-      if (action != kNoAction && !isNewState) return;
+      if (!m_states.emplace(m_entering, m_model.Effects()).second) return;
       if (progress.Advance()) return;
     }
   }
@@ -118,8 +118,8 @@ class StepwiseSearch : public EffectSearch {
   }
 
   // The effect just removed is the one that entered last, with nothing in between. A forced effect has its number in
-  // the list of actions, so the first effect of the design counts as an entry there. Kept: it decides where recorded
-  // selections end.
+  // the list of actions, where the first of the design looks like an entry; it decides nothing, since forced effects
+  // are never removed.
   bool ReturnsToAnEarlierState() const {
     const std::vector<int>& actions = m_fit.m_StepActions;
     return actions.size() >= 2 && actions[actions.size() - 2] == StepActions::Entry &&

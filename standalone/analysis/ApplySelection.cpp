@@ -20,6 +20,10 @@ std::vector<std::vector<std::string>> EffectsOfSameVariables(CCoxPH& analysis, i
   const CCoxData& data = *analysis.m_pCoxData;
   std::vector<std::vector<std::string>> groups;
   std::vector<bool> isGrouped = data.EffectFixed;
+  // An effect without columns, of a factor with one code, has no record; the module refuses such a factor.
+  for (std::size_t effect = 0; effect < data.EffectCount; ++effect) {
+    if (data.EffectFirstColumn[effect] > data.EffectLastColumn[effect]) isGrouped[effect] = true;
+  }
   std::fill_n(isGrouped.begin(), std::min(forced, static_cast<int>(data.EffectCount)), true);
   const auto record = [&data](std::size_t effect) -> const CoxDesignColumn& {
     return data.DesignColumns[static_cast<std::size_t>(data.EffectFirstColumn[effect]) - 1];

@@ -239,7 +239,7 @@ class PlainSelection {
     // What a pass does and what follows from it:  tries entry?  action  ->  next pass tries entry, or the end.
     enum Action { kNone, kEntry, kRemoval };
     bool triesEntry = true;
-    std::set<std::pair<bool, std::vector<int>>> states;
+    std::set<std::pair<bool, std::vector<int>>> states = {{triesEntry, m_path.Model}};
     while (!m_path.Failed && m_path.Passes < kMostPasses) {
       ++m_path.Passes;
       Action action = kNone;
@@ -257,7 +257,7 @@ class PlainSelection {
       if (action == kNone && triesEntry) break;
       if (action != kEntry) triesEntry = action == kNone;
       // A state that was there before would come back for ever.
-      m_path.Recurred = !states.emplace(triesEntry, m_path.Model).second && action != kNone;
+      m_path.Recurred = !states.emplace(triesEntry, m_path.Model).second;
       if (m_path.Recurred) break;
     }
     return m_path;

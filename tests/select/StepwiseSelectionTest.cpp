@@ -134,5 +134,27 @@ TEST(StepwiseSelection, BothLimitsAreChecked) {
   }
 }
 
+// A limit for staying below that for entering is accepted, and lets effects go round: after the seventh step v1 is
+// alone with an entry to come, as after the first.
+TEST(StepwiseSelection, ALongerCycleEndsWhereItsFirstStateComesBack) {
+  const std::vector<TestColumn> columns = {
+      {"time", {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
+      {"status", {1, 1, 1, 1, 1, 0, 1, 1, 1, 1, 1, 1}},
+      {"v0", {-0.237, -0.251, 0.304, -1.193, 0.292, 0.109, 0.303, 0.909, -1.203, -1.238, 1.426, 0.840}},
+      {"v1", {0.488, 0.814, -0.285, 1.019, 1.453, 1.117, 0.209, -1.244, 1.022, -0.452, -0.342, -1.182}},
+      {"v2", {-0.215, 0.165, 0.283, -0.407, -1.983, -0.263, -0.257, 0.322, -0.525, 0.940, 0.761, 0.408}},
+      {"v3", {-0.049, 0.304, 0.274, -1.312, -2.492, -1.697, -0.470, 1.192, -1.396, 0.697, 0.496, 1.235}},
+      {"v4", {1.623, -0.407, -0.261, 3.370, 4.213, 1.923, 0.947, -2.486, 2.826, -0.975, -1.749, -2.055}}};
+  TestAnalysis selection(columns);
+  selection.Time({"time"}).Status("status").Covariates({"v0", "v1", "v2", "v3", "v4"}).DefaultDesign();
+  selection.Settings().ModelBuilding = ModelBuildings::Stepwise;
+  selection.Fields.PToEnter = 0.6;
+  selection.Fields.PToRemove = 0.2;
+  ASSERT_EQ(selection.Run(), 0);
+  EXPECT_THAT(selection.Host.Messages(), IsEmpty());
+  EXPECT_EQ(selection.Fit().m_StepActions.size(), 7U);
+  EXPECT_EQ(selection.Settings().DesignEffects, std::vector<std::string>{"v1"});
+}
+
 }  // namespace
 }  // namespace orv

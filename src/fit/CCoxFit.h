@@ -284,6 +284,14 @@ class CCoxFit {
   // After a numerical failure without results: destroys the data and says so.
   void GiveUp();
 
+  // A column of the table on the standardised scale.
+  struct ColumnScale {
+    std::size_t Column = 0;
+    double Mean = 0.0;
+    double StdDev = 0.0;
+  };
+
+  std::vector<ColumnScale> m_scales;     // of the columns that Standardize has changed
   std::vector<double> m_RawStartValues;  // the option's values while the fit holds them on the standardised scale
 };
 

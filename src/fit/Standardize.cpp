@@ -8,31 +8,16 @@
 
 namespace orv {
 
-namespace {
-
-struct ColumnScale {
-  std::size_t Column = 0;
-  double Mean = 0.0;
-  double StdDev = 0.0;
-};
-
-std::vector<ColumnScale> ScalesOf(const CCoxData& data, const std::vector<int>& columns) {
-  std::vector<ColumnScale> scales;
-  for (const int column : columns) {
-    const auto c = static_cast<std::size_t>(column);
-    scales.push_back({c, data.DesignColumns[c].Mean, data.DesignColumns[c].StdDev});
-  }
-  return scales;
-}
-
-}  // namespace
-
 // Time-dependent covariates change with time, so their fits run on raw values and both changes do nothing for them.
 
 void CCoxFit::Standardize() {
   if (m_InputType == InputTypes::TimeDependent) return;
-  const std::vector<ColumnScale> scales = ScalesOf(*m_pData, m_ActiveColumns);
-  for (const ColumnScale& scale : scales) {
+  m_scales.clear();
+  for (const int column : m_ActiveColumns) {
+    const auto c = static_cast<std::size_t>(column);
+    m_scales.push_back({c, m_pData->DesignColumns[c].Mean, m_pData->DesignColumns[c].StdDev});
+  }
+  for (const ColumnScale& scale : m_scales) {
     if (!std::isfinite(scale.Mean) || !std::isfinite(scale.StdDev)) throw NumericalFailure();
   }
   CoxSettings& settings = Owner().m_Settings;
@@ -40,7 +25,7 @@ void CCoxFit::Standardize() {
   if (settings.HasFixedParameters) m_RawStartValues = settings.StartValues;
   for (int row = 1; row <= static_cast<int>(m_pData->ValidCaseCount); ++row) {
     double* cells = m_pData->CaseTable.GetRow(row, CaseTable::Access::Write);
-    for (const ColumnScale& scale : scales) {
+    for (const ColumnScale& scale : m_scales) {
       double& x = cells[scale.Column];
       x -= scale.Mean;
       if (scale.StdDev > 0.0) x /= scale.StdDev;
@@ -49,7 +34,7 @@ void CCoxFit::Standardize() {
   // Only with fixed parameters: start values are otherwise taken as parameters of the standardised scale. Kept, since
   // saved start values depend on it.
   if (!settings.HasFixedParameters) return;
-  for (const ColumnScale& scale : scales) {
+  for (const ColumnScale& scale : m_scales) {
     const bool hasValue = scale.Column < settings.StartValues.size();
     if (hasValue && scale.StdDev > 0.0) settings.StartValues[scale.Column] *= scale.StdDev;
   }
@@ -58,29 +43,29 @@ void CCoxFit::Standardize() {
 void CCoxFit::RestoreStartValues() {
   if (m_RawStartValues.empty()) return;
   // Multiplied and divided by the deviation a value might lose its last digit, so the saved one comes back.
-  Owner().m_Settings.StartValues = m_RawStartValues;
+  Owner().m_Settings.StartValues.swap(m_RawStartValues);
   m_RawStartValues.clear();
 }
 
 void CCoxFit::Unstandardize() {
   if (m_InputType == InputTypes::TimeDependent) return;
-  const std::vector<ColumnScale> scales = ScalesOf(*m_pData, m_ActiveColumns);
+  // Nothing is allocated on the way back: it is taken when memory is out, too.
   for (int row = 1; row <= static_cast<int>(m_pData->ValidCaseCount); ++row) {
     double* cells = m_pData->CaseTable.GetRow(row, CaseTable::Access::Write);
     // No test of the deviation: a constant column comes back as its mean.
-    for (const ColumnScale& scale : scales) cells[scale.Column] = cells[scale.Column] * scale.StdDev + scale.Mean;
+    for (const ColumnScale& scale : m_scales) cells[scale.Column] = cells[scale.Column] * scale.StdDev + scale.Mean;
   }
-  const std::size_t p = scales.size();
+  const std::size_t p = m_scales.size();
   for (std::vector<double>& beta : m_BetaHistory) {
     for (std::size_t j = 0; j < p; ++j) {
-      if (scales[j].StdDev > 0.0) beta[j] /= scales[j].StdDev;
+      if (m_scales[j].StdDev > 0.0) beta[j] /= m_scales[j].StdDev;
     }
   }
   const bool hasMatrices = !m_Information.empty() && !m_Covariance.empty();
   for (std::size_t j = 0; hasMatrices && j < p; ++j) {
-    const double sj = scales[j].StdDev;
+    const double sj = m_scales[j].StdDev;
     for (std::size_t k = j; k < p; ++k) {
-      const double sk = scales[k].StdDev;
+      const double sk = m_scales[k].StdDev;
       m_Information[k][j] = m_Information[j][k] = sj * m_Information[j][k] * sk;
       if (sj > 0.0 && sk > 0.0) m_Covariance[j][k] /= sj * sk;
       m_Covariance[k][j] = m_Covariance[j][k];

@@ -69,6 +69,9 @@ class Program {
     }
   }
 
+  const CLI::App& Declared() const { return m_program; }
+  const WordsOfOptions& Words() const { return m_fitOptions.Words; }
+
   int Run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     const CLI::App* command = FindCommand(arguments);
     try {
@@ -182,6 +185,11 @@ int RunCommandLine(const std::vector<std::string>& arguments, std::ostream& out,
   const int exitCode = RunAndReport(arguments, out, err);
   if (out.flush()) return exitCode;
   return ReportFileError(err, "standard output: not all of it could be written. Is the disk full?");
+}
+
+void UseDeclaredProgram(const std::function<void(const CLI::App& program, const WordsOfOptions& words)>& use) {
+  const Program program;
+  use(program.Declared(), program.Words());
 }
 
 }  // namespace orv

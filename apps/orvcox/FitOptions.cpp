@@ -53,6 +53,18 @@ CLI::Option* AddList(CLI::App& command,
       ->type_name("V,...");
 }
 
+// An option whose value is one of some words, which stand in its help between `head` and `tail`.
+void AddChoice(CLI::App& command,
+               WordsOfOptions& words,
+               const std::string& name,
+               std::string& word,
+               std::span<const Choice> choices,
+               const std::string& head,
+               const std::string& tail) {
+  CLI::Option* option = command.add_option(name, word, head + ChoiceList(choices) + tail)->type_name("NAME");
+  for (const Choice& choice : choices) words[option].Words.emplace_back(choice.Word);
+}
+
 // "text, markdown or json".
 std::string Alternatives(const std::vector<std::string_view>& texts) {
   return fmt::format("{} or {}", fmt::join(texts.begin(), texts.end() - 1, ", "), texts.back());
@@ -66,12 +78,16 @@ std::string FileEndings() {
   return Alternatives(endings);
 }
 
-std::string NamesForStandardOutput() {
+std::vector<std::string_view> FormatsForStandardOutput() {
   std::vector<std::string_view> names;
   for (const DocumentFormat& format : DocumentFormats()) {
     if (format.IsForStandardOutput) names.push_back(format.Name);
   }
-  return Alternatives(names);
+  return names;
+}
+
+std::string NamesForStandardOutput() {
+  return Alternatives(FormatsForStandardOutput());
 }
 
 // Names with commas, with a line break where a line of the help would become too long.
@@ -137,7 +153,8 @@ void AddVariables(CLI::App& command, AnalysisDefinition& d) {
       ->type_name("V");
 }
 
-void AddDesign(CLI::App& command, AnalysisDefinition& d) {
+void AddDesign(CLI::App& command, FitOptions& options) {
+  AnalysisDefinition& d = options.Definition;
   AddRepeatable(command, "--codes", d.FactorCodes, "Selected codes of factor F (repeatable); default: all found")
       ->type_name("F=C,...");
   AddRepeatable(command, "--reference", d.ReferenceCodes,
@@ -147,23 +164,19 @@ void AddDesign(CLI::App& command, AnalysisDefinition& d) {
       .add_option("--effects", d.Effects,
                   "The design, such as \"age, age*sex, clinic(region)\"; default: every predictor")
       ->type_name("\"E, E\"");
-  command.add_option("--coding", d.Coding, "Coding of factors: " + ChoiceList(CodingChoices()) + "; default sigma")
-      ->type_name("NAME");
+  AddChoice(command, options.Words, "--coding", d.Coding, CodingChoices(), "Coding of factors: ", "; default sigma");
 }
 
 void AddMethod(CLI::App& command, FitOptions& options) {
   AnalysisDefinition& d = options.Definition;
   auto& typed = options.AsTyped;
-  command.add_option("--ties", d.Ties, "Rule for ties: " + ChoiceList(TieChoices()) + "; default breslow")
-      ->type_name("NAME");
+  AddChoice(command, options.Words, "--ties", d.Ties, TieChoices(), "Rule for ties: ", "; default breslow");
   command
       .add_option("--max-iterations", typed.MaxIterations,
                   fmt::format("Newton steps at most, 1 to {}; default {}", kMostIterations, d.MaxIterations))
       ->type_name("N");
-  command
-      .add_option("--converge", d.Converge,
-                  "Convergence test: " + ChoiceList(ConvergenceChoices()) + "; default gradient")
-      ->type_name("NAME");
+  AddChoice(command, options.Words, "--converge", d.Converge, ConvergenceChoices(),
+            "Convergence test: ", "; default gradient");
   command
       .add_option("--tolerance-exponent", typed.ToleranceExponent,
                   fmt::format("N for a tolerance of 1e-N, 1 to {}; default {}", kLargestExponent, d.ToleranceExponent))
@@ -179,11 +192,9 @@ void AddMethod(CLI::App& command, FitOptions& options) {
 void AddModelBuilding(CLI::App& command, FitOptions& options) {
   auto& typed = options.AsTyped;
   const CoxSettings defaults;
-  command
-      .add_option("--select", options.Definition.Select,
-                  "Which effects the model keeps: " + ChoiceList(SelectionChoices()) +
-                      ".\nbest compares models of all sizes and fits all effects; default all")
-      ->type_name("NAME");
+  AddChoice(
+      command, options.Words, "--select", options.Definition.Select, SelectionChoices(),
+      "Which effects the model keeps: ", ".\nbest compares models of all sizes and fits all effects; default all");
   command
       .add_option("--p-enter", typed.PEnter,
                   fmt::format("Forward and stepwise: the largest p value with which an effect enters; default {}",
@@ -204,43 +215,43 @@ void AddModelBuilding(CLI::App& command, FitOptions& options) {
 void AddOutput(CLI::App& command, FitOptions& options) {
   auto& typed = options.AsTyped;
   ResultDefinition& results = options.Results;
-  AddList(command, "--show", typed.Show,
-          WrappedList("What to write: ", ShowNames(),
-                      fmt::format(",\nor all; default {}", fmt::join(kDefaultResults, ","))))
-      ->type_name("NAME,...");
-  AddList(command, "--residuals", results.Residuals,
-          WrappedList("Residuals: ", ResidualNames(),
-                      ";\ndefault martingale,deviance. With --interval not deviance, displacement and lmax"))
-      ->type_name("NAME,...");
+  const CLI::Option* show = AddList(command, "--show", typed.Show,
+                                    WrappedList("What to write: ", ShowNames(),
+                                                fmt::format(",\nor all; default {}", fmt::join(kDefaultResults, ","))))
+                                ->type_name("NAME,...");
+  options.Words[show] = {ShowNames(), true};
+  options.Words[show].Words.push_back(kAllResults);
+  const CLI::Option* residuals =
+      AddList(command, "--residuals", results.Residuals,
+              WrappedList("Residuals: ", ResidualNames(),
+                          ";\ndefault martingale,deviance. With --interval not deviance, displacement and lmax"))
+          ->type_name("NAME,...");
+  options.Words[residuals] = {ResidualNames(), true};
   AddRepeatable(command, "--contrast", results.Contrasts,
                 "Linear function of the coefficients, a number for each (repeatable: tested together)")
       ->type_name("\"X X X\"");
   AddRepeatable(command, "--pattern", results.Patterns,
                 "Covariate pattern of survivor and hazard (repeatable); default: means and modal codes")
       ->type_name("\"V=X, V=X\"");
-  command
-      .add_option("--survivor-type", results.SurvivorType,
-                  "Baseline estimator: " + ChoiceList(SurvivorTypeChoices()) + "; default breslow")
-      ->type_name("NAME");
-  command
-      .add_option("--ci", results.CI,
-                  "Limits of the survivor function: " + ChoiceList(CIChoices()) +
-                      "; default normal.\nThose of the hazard are taken on the log scale, and left out with none")
-      ->type_name("NAME");
-  command
-      .add_option("--ph-transform", results.Transform,
-                  "Time in the test of proportional hazards: " + ChoiceList(TransformChoices()) + "; default identity")
-      ->type_name("NAME");
+  AddChoice(command, options.Words, "--survivor-type", results.SurvivorType, SurvivorTypeChoices(),
+            "Baseline estimator: ", "; default breslow");
+  AddChoice(command, options.Words, "--ci", results.CI, CIChoices(), "Limits of the survivor function: ",
+            "; default normal.\nThose of the hazard are taken on the log scale, and left out with none");
+  AddChoice(command, options.Words, "--ph-transform", results.Transform, TransformChoices(),
+            "Time in the test of proportional hazards: ", "; default identity");
   AddRepeatable(
       command, "--output", typed.Outputs,
       fmt::format("Write to a file ({}), or to a folder\nwhose name ends in /, one CSV file a table, instead of "
                   "standard output (repeatable)",
                   FileEndings()))
       ->type_name("FILE");
-  command
-      .add_option("--format", typed.Format,
-                  fmt::format("Form of standard output: {}; default {}", NamesForStandardOutput(), kDefaultFormat))
-      ->type_name("NAME");
+  const CLI::Option* form =
+      command
+          .add_option("--format", typed.Format,
+                      fmt::format("Form of standard output: {}; default {}", NamesForStandardOutput(), kDefaultFormat))
+          ->type_name("NAME");
+  const std::vector<std::string_view> forms = FormatsForStandardOutput();
+  options.Words[form].Words.assign(forms.begin(), forms.end());
   command.add_flag("--quiet", options.Quiet, "No progress, no notes");
 }
 
@@ -379,7 +390,7 @@ CLI::App* AddFitCommand(CLI::App& program, FitOptions& options) {
   beginGroup("Variables");
   AddVariables(*fit, options.Definition);
   beginGroup("Design");
-  AddDesign(*fit, options.Definition);
+  AddDesign(*fit, options);
   beginGroup("Method");
   AddMethod(*fit, options);
   beginGroup("Model building");

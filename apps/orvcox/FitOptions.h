@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/orvcox/OptionWords.h"
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/analysis/ResultDefinition.h"
 #include "standalone/documents/DocumentFormats.h"
@@ -17,7 +18,7 @@ struct OutputTarget {
   const DocumentFormat* Format = nullptr;
 };
 
-// Complete after parsing. The fields "as typed" serve the parsing alone.
+// Complete after parsing, if not said otherwise. The fields "as typed" serve the parsing alone.
 struct FitOptions {
   std::string Table;                               // a file, or "-" for standard input
   AnalysisDefinition Definition;                   // checked as far as that is possible without the table
@@ -25,6 +26,7 @@ struct FitOptions {
   std::vector<OutputTarget> Targets;               // files that the results go to instead of standard output
   const DocumentFormat* StandardFormat = nullptr;  // of standard output
   bool Quiet = false;                              // no progress, no notes
+  WordsOfOptions Words;                            // complete after the declaration
 
   struct {
     std::string MaxIterations;

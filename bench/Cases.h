@@ -11,6 +11,7 @@ inline constexpr char Cases[] = "cases";                     // n
 inline constexpr char Columns[] = "columns";                 // p, or the columns of a file
 inline constexpr char MultiplyAdds[] = "madds";              // in one iteration, see MultiplyAddsOfPass
 inline constexpr char Bytes[] = "bytes";                     // read in one iteration
+inline constexpr char PeakBytes[] = "peak";                  // memory that one iteration adds at its peak
 inline constexpr char Passes[] = "passes";                   // over the cases in one iteration
 inline constexpr char ScanSeconds[] = "scan_s";              // what a plain scan of the same bytes takes
 inline constexpr char Events[] = "events";                   // complete cases
@@ -30,7 +31,7 @@ std::string CaseName(const std::string& group, const std::string& kind, int case
 // "discrete/survival/500x10x30": with the tied events at each time as well.
 std::string CaseName(const std::string& group, const std::string& kind, int cases, int columns, int tiedEvents);
 
-// read/...: a delimited file from disk to a table in memory.
+// read/...: a file from disk to a table in memory.
 void RegisterReadBenchmarks();
 // cases/...: a table in memory to the sorted case table of a run: the design and the cases, without a fit.
 void RegisterCaseBenchmarks();

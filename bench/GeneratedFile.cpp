@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "FixedSeedNumbers.h"
+#include "standalone/tables/TableWriters.h"
 
 namespace orv::bench {
 
@@ -34,9 +35,10 @@ using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
   throw std::system_error(errno, std::generic_category(), path);
 }
 
-enum class ColumnKind { Whole, Decimals, Full, Text, Date };
+enum class ColumnKind { Whole, Decimals, Full, Digits, Text, Date };
 
 ColumnKind KindOfColumn(FileKind file, int column) {
+  if (file == FileKind::Digits) return ColumnKind::Digits;
   if (file == FileKind::Mixed && column >= 9) return column == 11 ? ColumnKind::Date : ColumnKind::Text;
   return column < 4 ? ColumnKind::Whole : column < 8 ? ColumnKind::Decimals : ColumnKind::Full;
 }
@@ -74,6 +76,12 @@ class CaseMaker {
       case ColumnKind::Full: {
         const double number = m_numbers.Normal();
         fmt::format_to(out, "{}", number);
+        return number;
+      }
+      case ColumnKind::Digits: {
+        // As many digits as lead back to the same double.
+        const double number = m_numbers.Normal();
+        fmt::format_to(out, "{:.17g}", number);
         return number;
       }
       case ColumnKind::Text: {
@@ -137,6 +145,14 @@ GeneratedFile::GeneratedFile(FileKind kind, int cases) : m_kind(kind), m_cases(c
 GeneratedFile::~GeneratedFile() {
   std::error_code ignored;
   std::filesystem::remove(m_path, ignored);
+}
+
+void GeneratedFile::BecomeOrv(const MemoryTable& table) {
+  const std::string path = std::filesystem::path(m_path).replace_extension(".orv").string();
+  WriteTable(table, path);
+  std::filesystem::remove(m_path);
+  m_path = path;
+  m_bytes = std::filesystem::file_size(path);
 }
 
 bool GeneratedFile::IsReadAs(const MemoryTable& table) const {

@@ -11,6 +11,7 @@ namespace orv::bench {
 enum class FileKind {
   Numbers,  // whole numbers, numbers with three decimals, numbers with all their digits
   Mixed,    // the same with texts, some of them quoted, dates and empty cells
+  Digits,   // numbers with 17 digits each
 };
 
 inline constexpr int kFileColumns = 12;
@@ -26,9 +27,13 @@ class GeneratedFile {
   const std::string& Path() const { return m_path; }
   std::uint64_t Bytes() const { return m_bytes; }
 
+  // Writes the same values as an .orv file beside the delimited file and takes its place: Path, Bytes and CountLines
+  // are of it then. REQUIRES: IsReadAs(table). Throws OutputError.
+  void BecomeOrv(const MemoryTable& table);
+
   // The table holds every value of the file, bit for bit, with its types and labels. Values are made anew, not read.
   bool IsReadAs(const MemoryTable& table) const;
-  // Reads the file in blocks and counts its lines: the least that any reader has to do. Returns the lines.
+  // Reads the file in blocks and counts its line ends: the least that any reader has to do. Returns them.
   std::uint64_t CountLines() const;
 
  private:

@@ -70,7 +70,14 @@ std::vector<Group> MakeGroups() {
         ColumnsTitled("k"),
         kTime,
         kPerCase,
-        {"MB/s", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Bytes) / r.Seconds * 1e-6, 0); }},
+        {"MB", 8, [](const auto& r, const auto&) { return ThreeDigits(r.Figure(Figures::Bytes) * 1e-6); }},
+        {"MB/s", 7, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::Bytes) / r.Seconds * 1e-6, 0); }},
+        kOfTriad,
+        {"memory", 8,
+         [](const auto& r, const auto&) {
+           const double values = r.Figure(Figures::Cases) * r.Figure(Figures::Columns);
+           return Fixed(r.Figure(Figures::PeakBytes) / (sizeof(double) * values), 2);
+         }},
         {"scan ms", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::ScanSeconds) * 1e3, 2); }},
         {"of scan", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::ScanSeconds) / r.Seconds, 3); }},
         kSpread,

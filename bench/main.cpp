@@ -10,6 +10,7 @@
 
 #include "Cases.h"
 #include "MachineSpeed.h"
+#include "PeakMemory.h"
 #include "RatioReporter.h"
 
 namespace orv::bench {
@@ -38,8 +39,10 @@ the middle half of the runs relative to the median.
                for each event in a sum over tied events (Efron) and for each event term; exponentials and divisions
                are not counted
   of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
-  GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache).
+  GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache);
+               of read: the bytes of the file per second against it.
                A row that leaves a risk set is read a second time, out of the order of the table
+  memory       of read: what reading adds to the memory of a new process at its peak, against the 8 bytes of each value
   of scan      the time to read the file's bytes and count its lines against the time to read it as a table
   subsets      that the definition of the discrete likelihood sums over: of d of each risk set, all times together
   of recursion the time of the enumeration against that of the recursion over the same members; taken: what the pass
@@ -123,6 +126,7 @@ int Run(int argc, char** argv) {
 }  // namespace orv::bench
 
 int main(int argc, char** argv) {
+  if (argc == 3 && std::string(argv[1]) == orv::bench::kReadForPeak) return orv::bench::ReadForPeakMemory(argv[2]);
   try {
     return orv::bench::Run(argc, argv);
   } catch (const std::exception& error) {

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "FixedSeedNumbers.h"
+#include "standalone/tables/SampleFiles.h"
 #include "standalone/tables/TableWriters.h"
 
 namespace orv::bench {
@@ -147,9 +148,9 @@ GeneratedFile::~GeneratedFile() {
   std::filesystem::remove(m_path, ignored);
 }
 
-void GeneratedFile::BecomeOrv(const MemoryTable& table) {
-  const std::string path = std::filesystem::path(m_path).replace_extension(".orv").string();
-  WriteTable(table, path);
+void GeneratedFile::Become(const std::string& ending, const MemoryTable& table) {
+  const std::string path = std::filesystem::path(m_path).replace_extension(ending).string();
+  IsWritableEnding(ending) ? static_cast<void>(WriteTable(table, path)) : testing::WriteStatisticsFile(table, path);
   std::filesystem::remove(m_path);
   m_path = path;
   m_bytes = std::filesystem::file_size(path);

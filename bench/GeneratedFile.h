@@ -27,9 +27,9 @@ class GeneratedFile {
   const std::string& Path() const { return m_path; }
   std::uint64_t Bytes() const { return m_bytes; }
 
-  // Writes the same values as an .orv file beside the delimited file and takes its place: Path, Bytes and CountLines
-  // are of it then. REQUIRES: IsReadAs(table). Throws OutputError.
-  void BecomeOrv(const MemoryTable& table);
+  // Writes the table in the form of another ending beside the delimited file and takes its place: Path, Bytes and
+  // CountLines are of that file then. REQUIRES: IsReadAs(table). Throws OutputError and std::runtime_error.
+  void Become(const std::string& ending, const MemoryTable& table);
 
   // The table holds every value of the file, bit for bit, with its types and labels. Values are made anew, not read.
   bool IsReadAs(const MemoryTable& table) const;

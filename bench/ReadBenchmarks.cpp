@@ -5,6 +5,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "Cases.h"
 #include "GeneratedFile.h"
@@ -20,12 +21,16 @@ namespace {
 struct ReadKind {
   const char* Name;
   FileKind File;
-  bool IsOrv;
+  const char* Ending;
 };
-constexpr ReadKind kKinds[] = {{"numbers", FileKind::Numbers, false},
-                               {"mixed", FileKind::Mixed, false},
-                               {"digits", FileKind::Digits, false},
-                               {"digits.orv", FileKind::Digits, true}};
+constexpr ReadKind kKinds[] = {{"numbers", FileKind::Numbers, ".csv"},
+                               {"mixed", FileKind::Mixed, ".csv"},
+                               {"digits", FileKind::Digits, ".csv"},
+                               {"digits.orv", FileKind::Digits, ".orv"},
+                               {"digits.sas7bdat", FileKind::Digits, ".sas7bdat"},
+                               {"digits.xpt", FileKind::Digits, ".xpt"},
+                               {"digits.sav", FileKind::Digits, ".sav"},
+                               {"digits.dta", FileKind::Digits, ".dta"}};
 constexpr int kSizes[] = {10'000, 100'000, 1'000'000};
 constexpr int kScans = 5;
 
@@ -40,13 +45,14 @@ struct PreparedFile {
 std::unique_ptr<PreparedFile> PrepareAndCheck(const ReadKind& kind, int cases) {
   auto prepared = std::make_unique<PreparedFile>(kind.File, cases);
   GeneratedFile& file = prepared->File;
-  if (kind.IsOrv) file.BecomeOrv(ReadTable(file.Path()));
+  const bool isDelimited = std::string_view(kind.Ending) == ".csv";
+  if (!isDelimited) file.Become(kind.Ending, ReadTable(file.Path()));
   if (!file.IsReadAs(ReadTable(file.Path()))) throw std::runtime_error("the table read is not the table written");
   for (int scan = 0; scan < kScans; ++scan) {
     const double start = ThreadSeconds();
     const std::uint64_t lines = file.CountLines();
     prepared->ScanSeconds = std::min(prepared->ScanSeconds, ThreadSeconds() - start);
-    if (!kind.IsOrv && lines != static_cast<std::uint64_t>(cases) + 1) throw std::runtime_error("the scan is wrong");
+    if (isDelimited && lines != static_cast<std::uint64_t>(cases) + 1) throw std::runtime_error("the scan is wrong");
   }
   prepared->PeakBytes = PeakMemoryOfReading(file.Path());
   return prepared;

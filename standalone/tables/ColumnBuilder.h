@@ -34,6 +34,8 @@ struct CellFault {
 
 class ColumnBuilder {
  public:
+  // Makes room for that many cells in all.
+  void Reserve(std::size_t cells) { m_values.reserve(cells); }
   // Takes the next cell. `line` is the line of the file on which the cell ends.
   void Add(std::string_view text, std::uint64_t line);
   // Takes a number as if it were written out.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <limits>
 #include <memory>
 #include <system_error>
 #include <unordered_map>
@@ -112,6 +113,15 @@ class CaseSink : public RecordSink {
 class FirstReading : public CaseSink {
  public:
   using CaseSink::CaseSink;
+
+  // The first block tells how many cases to expect, so that the columns need not be copied as they grow. Room that is
+  // not filled costs no memory.
+  void HasRead(double share) override {
+    constexpr double kMargin = 1.05;
+    if (std::exchange(m_hasRoom, true)) return;
+    const double expected = std::min<double>(CaseCount() / share * kMargin, std::numeric_limits<int>::max());
+    for (ColumnBuilder& column : m_columns) column.Reserve(static_cast<std::size_t>(expected));
+  }
   std::vector<ColumnBuilder>& Columns() { return m_columns; }
 
  protected:
@@ -122,6 +132,7 @@ class FirstReading : public CaseSink {
 
  private:
   std::vector<ColumnBuilder> m_columns;
+  bool m_hasRoom = false;
 };
 
 // Reads the columns that are text after all.

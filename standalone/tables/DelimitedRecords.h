@@ -5,7 +5,9 @@
 // do not count. Lines end in LF, CRLF or CR. Lines that hold nothing but blanks are skipped, wherever they stand. The
 // text is UTF-8; a byte-order mark at its start is skipped.
 //
-// Parsed by libcsv in strict mode, line by line: so the line of every field is known without a look at each byte.
+// Parsed line by line: so the line of every field is known without a look at each byte. A line without quotes that is a
+// record of its own is split at its delimiters; any other is parsed by libcsv in strict mode, which on such a line
+// gives the same fields.
 #pragma once
 
 #include <csv.h>
@@ -31,6 +33,9 @@ class RecordSink {
   // is the line on which the field ends.
   virtual void Field(std::string_view text, std::uint64_t line) = 0;
   virtual void EndRecord() = 0;
+  // Between two blocks, of a source whose size is known: the share of its bytes that has been read, above 0 and
+  // below 1.
+  virtual void HasRead(double /*share*/) {}
   // The name of a column for messages, from 1; empty when there is none.
   virtual std::string ColumnName(std::uint64_t column) const = 0;
 };
@@ -54,6 +59,7 @@ class DelimitedRecords {
  private:
   void Start(std::string_view firstBlock);
   void ReadBlock(std::string_view block);
+  void SplitLine(std::string_view bytes);
   void ParseLine(std::string_view bytes);
   void Finish();
   TextPlace OpenField() const;
@@ -77,6 +83,7 @@ class DelimitedRecords {
   std::exception_ptr m_failure;        // what the sink threw
   std::uint64_t m_line = 1;            // of the bytes that are parsed now
   std::uint64_t m_fields = 0;          // complete fields of the current record
+  bool m_atRecordStart = true;         // nothing of the next record has been given to libcsv
   bool m_afterCarriageReturn = false;  // the last block ended in CR: an LF that follows belongs to that line
   char m_delimiter = ',';
 };

@@ -16,6 +16,7 @@ namespace {
 using namespace std::string_literals;
 using testing::Contents;
 using testing::ReadText;
+using testing::Refusal;
 using testing::Visible;
 
 const std::string kValid =
@@ -163,6 +164,45 @@ TEST(DelimitedFuzz, LineEndsDoNotChangeTheTable) {
     EXPECT_EQ(Contents(ReadText(lines[1])), contents) << Visible(lines[0]);
     EXPECT_EQ(Contents(ReadText(lines[2])), contents) << Visible(lines[0]);
   }
+}
+
+// What is read of a text, or what is said against it.
+std::string Outcome(const std::string& text, bool preferTab) {
+  const std::string refusal = Refusal(text, preferTab);
+  return refusal == "(it reads)" ? Contents(ReadText(text, preferTab)) : refusal;
+}
+
+// A quote sends a line through the parser of quoted text; without one it is split at once.
+TEST(DelimitedFuzz, AQuotedFirstFieldDoesNotChangeTheRestOfItsLine) {
+  std::mt19937_64 random(31);
+  const std::string values[] = {"1", "",     "2.5",      " x ",  "1970-01-02", "NA", "\t7",    "7\t", " ",
+                                ".", "a  b", "-1e-300", "1e999", "\xC3\xA4", "'",  "two\tof", "+3"};
+  int read = 0;
+  for (int round = 0; round < 3000; ++round) {
+    const char delimiter = ",;\t"[round % 3];
+    std::string plain = std::string("k") + delimiter + "a" + delimiter + "b";
+    std::string quoted = std::string("\"k\"") + delimiter + "a" + delimiter + "b";
+    const char* const ends[] = {"\n", "\r\n", "\r", "\n \t\n", "\r\n\r\n"};
+    for (int line = 0; line < 5; ++line) {
+      const char* const end = ends[random() % std::size(ends)];
+      // Now and then a field too few or too many.
+      const std::uint64_t odd = random() % 60;
+      const int fields = odd == 0 ? 1 : odd == 1 ? 3 : 2;
+      std::string rest;
+      for (int field = 0; field < fields; ++field) rest += delimiter + values[random() % std::size(values)];
+      plain += end + std::to_string(line) + rest;
+      quoted += std::string(end) + "\"" + std::to_string(line) + "\"" + rest;
+    }
+    if (random() % 2 == 0) {
+      plain += "\n";
+      quoted += "\n";
+    }
+    const std::string outcome = Outcome(plain, delimiter == '\t');
+    read += outcome.starts_with("k ") ? 1 : 0;
+    ASSERT_EQ(Outcome(quoted, delimiter == '\t'), outcome) << Visible(plain);
+  }
+  EXPECT_GT(read, 1000);
+  EXPECT_LT(read, 2900);
 }
 
 }  // namespace

@@ -67,5 +67,34 @@ TEST(JobValue, AFaultIsToldWithItsLine) {
   }
 }
 
+TEST(JobValue, KeysOfEndlessPartsAreRefused) {
+  const auto repeated = [](const std::string& part) {
+    std::string text;
+    for (int k = 0; k < 100000; ++k) text += part;
+    return text;
+  };
+  const std::string keys[] = {repeated("a.") + "a = 1", "[" + repeated("a . ") + "a]", repeated("\"a\".") + "a = 1",
+                              repeated("'#'.") + "a = 1", "b = { " + repeated("a.") + "a = 1 }"};
+  for (const std::string& key : keys) {
+    try {
+      ParseJobText("x = \"\"\"\n\\\"\"\"\"\n" + key + "\n", "t.toml");
+      ADD_FAILURE() << "taken: " << key.substr(0, 20);
+    } catch (const JobError& error) {
+      const std::string message = error.what();
+      EXPECT_TRUE(message.starts_with("t.toml:3: this is not TOML: a key has too many parts")) << message;
+    }
+  }
+}
+
+TEST(JobValue, DotsInTextsCommentsAndNumbersAreNoParts) {
+  const std::string dots(200, '.');
+  std::string numbers;
+  for (int k = 0; k < 200; ++k) numbers += "0.5, ";
+  const JobValue::Table top = ParseJobText(
+      "a = \"" + dots + "\" # " + dots + "\nb = '" + dots + "'\nc = [" + numbers + "]\nd = \"\\\"" + dots + "\"\n",
+      "t.toml");
+  EXPECT_EQ(top.size(), 4u);
+}
+
 }  // namespace
 }  // namespace orv

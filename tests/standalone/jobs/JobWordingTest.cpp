@@ -1,5 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
 #include "standalone/jobs/JobWording.h"
 
 namespace orv {
@@ -62,6 +69,36 @@ TEST(JobWording, ARefusalBeginsWithTheLineOfTheFirstKeyThatTheJobHas) {
             "trial.toml:4: Variables.CensoringIndicator: \"x\" is already used by Variables.Covariates.");
   EXPECT_EQ(Wording().Refusal("--status is missing: name it."),
             "trial.toml: Variables.CensoringIndicator is missing: name it.");
+}
+
+// Every option that the sources of messages name in a text.
+std::set<std::string> OptionsInMessages() {
+  const std::filesystem::path root = ORV_SOURCE_DIR;
+  std::vector<std::filesystem::path> files = {root / "apps/orvcox/RunReporting.cpp",
+                                              root / "apps/orvcox/OutputTargets.cpp"};
+  for (const auto& entry : std::filesystem::directory_iterator(root / "standalone/analysis")) {
+    if (entry.path().extension() == ".cpp") files.push_back(entry.path());
+  }
+  const std::regex option("--[a-z][a-z-]*");
+  std::set<std::string> options;
+  for (const std::filesystem::path& file : files) {
+    std::ifstream stream(file);
+    for (std::string line; std::getline(stream, line);) {
+      for (std::sregex_iterator match(line.begin(), line.end(), option), end; match != end; ++match) {
+        if (line.find('"') < static_cast<std::size_t>(match->position())) options.insert(match->str());
+      }
+    }
+  }
+  return options;
+}
+
+TEST(JobWording, NoOptionOfAnyMessageIsLeft) {
+  const std::set<std::string> options = OptionsInMessages();
+  EXPECT_GT(options.size(), 30u);
+  for (const std::string& option : options) {
+    const std::string told = JobWording("trial.toml").Sentence("say " + option + ".");
+    EXPECT_EQ(told.find("--"), std::string::npos) << told;
+  }
 }
 
 }  // namespace

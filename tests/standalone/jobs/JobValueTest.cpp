@@ -67,6 +67,16 @@ TEST(JobValue, AFaultIsToldWithItsLine) {
   }
 }
 
+TEST(JobValue, LettersBeyondAsciiStandInTexts) {
+  const JobValue::Table top =
+      ParseJobText("\"gr\xC3\xB6\" = \"\"\"a \\\n  \xC3\xA9t\xC3\xA9 \xEF\xBB\xB2\"\"\" # \xC3\xA9\n", "t.toml");
+  EXPECT_EQ(top[0].Name, "gr\xC3\xB6");
+  EXPECT_EQ(*top[0].Value.As<std::string>(), "a \xC3\xA9t\xC3\xA9 \xEF\xBB\xB2");
+  for (const char* text : {"gr\xC3\xB6 = 1\n", "\xEF\xBB\xB2\n", "a = \xC3\xA9\n", "a = [1 \xC3\xA9]\n"}) {
+    EXPECT_THROW(ParseJobText(text, "t.toml"), JobError) << text;
+  }
+}
+
 TEST(JobValue, KeysOfEndlessPartsAreRefused) {
   const auto repeated = [](const std::string& part) {
     std::string text;

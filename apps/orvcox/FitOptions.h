@@ -2,20 +2,15 @@
 #pragma once
 
 #include <CLI/App.hpp>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include "apps/orvcox/OutputTargets.h"
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/analysis/ResultDefinition.h"
-#include "standalone/documents/DocumentFormats.h"
 
 namespace orv {
-
-// Where results go besides standard output.
-struct OutputTarget {
-  std::string File;
-  const DocumentFormat* Format = nullptr;
-};
 
 // Complete after parsing. The fields "as typed" serve the parsing alone.
 struct FitOptions {
@@ -25,6 +20,9 @@ struct FitOptions {
   std::vector<OutputTarget> Targets;               // files that the results go to instead of standard output
   const DocumentFormat* StandardFormat = nullptr;  // of standard output
   bool Quiet = false;                              // no progress, no notes
+  std::string SaveJob;                             // a job file that a run without refusal is written to
+  // Puts notes into the words of whoever defined the analysis; empty for those of the command line.
+  std::function<std::string(const std::string&)> Wording;
 
   struct {
     std::string MaxIterations;

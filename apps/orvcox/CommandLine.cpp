@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
 #include <new>
 #include <ostream>
 #include <string_view>
@@ -15,6 +14,7 @@
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/FitCommand.h"
 #include "apps/orvcox/FitOptions.h"
+#include "apps/orvcox/RunCommand.h"
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/documents/OutputMessages.h"
 #include "standalone/host/Interrupt.h"
@@ -23,18 +23,6 @@
 namespace orv {
 
 namespace {
-
-// Announced commands whose results do not exist in this version.
-constexpr std::array<std::string_view, 1> kNotYetCommands = {"run"};
-
-template <typename Names>
-bool Contains(const Names& names, std::string_view name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
-}
-
-[[noreturn]] void FailAsNotYet(const std::string& name) {
-  throw DefinitionError(fmt::format("{}: not available yet in this version.", name));
-}
 
 // CLI11 puts two blank lines between groups of options.
 std::string WithSingleBlankLines(std::string text) {
@@ -50,6 +38,7 @@ class Program {
   Program()
       : m_program("Cox proportional hazards regression for survival data.", kName),
         m_fit(AddFitCommand(m_program, m_fitOptions)),
+        m_run(AddRunCommand(m_program, m_runOptions)),
         m_describe(AddDescribeCommand(m_program, m_describeOptions)),
         m_convert(AddConvertCommand(m_program, m_convertOptions)) {
     m_program.footer(
@@ -57,20 +46,25 @@ class Program {
         "  orvcox describe trial.csv\n"
         "  orvcox convert trial.sav trial.orv\n"
         "  orvcox fit trial.csv --time days --status died --covariates age,dose --factors arm --ties efron\n"
+        "  orvcox run trial.toml\n"
         "\nExit codes: 0 done; 1 the analysis was refused or failed; 2 bad usage; 3 a file cannot be read or written;\n"
         "130 cancelled.");
     m_program.set_version_flag("--version", std::string(kName) + " " + ORV_VERSION, "Print the version and exit");
     m_program.require_subcommand(1);
     m_program.get_formatter()->label("SUBCOMMAND", "COMMAND");
     m_program.get_formatter()->label("REQUIRED", "");
-    for (CLI::App* command : {m_fit, m_describe, m_convert}) {
+    for (CLI::App* command : {m_fit, m_run, m_describe, m_convert}) {
       command->group("Commands");
       command->formatter(m_program.get_formatter());
     }
   }
 
   const CLI::App& Declared() const { return m_program; }
-  const WordsOfOptions& Words() const { return m_fitOptions.Words; }
+  WordsOfOptions Words() const {
+    WordsOfOptions words = m_fitOptions.Words;
+    words.insert(m_runOptions.Words.begin(), m_runOptions.Words.end());
+    return words;
+  }
 
   int Run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) {
     const CLI::App* command = FindCommand(arguments);
@@ -88,6 +82,7 @@ class Program {
       return Refuse(err, command, std::string(error.what()) + ".");
     }
     if (command == m_fit) return RunFit(m_fitOptions, out, err);
+    if (command == m_run) return RunJob(m_runOptions, out, err);
     if (command == m_describe) return RunDescribe(m_describeOptions, out, err);
     return RunConvert(m_convertOptions, err);
   }
@@ -98,7 +93,7 @@ class Program {
   // Null when the first argument names no command.
   const CLI::App* FindCommand(const std::vector<std::string>& arguments) const {
     if (arguments.empty()) return nullptr;
-    for (const CLI::App* command : {m_fit, m_describe, m_convert}) {
+    for (const CLI::App* command : {m_fit, m_run, m_describe, m_convert}) {
       if (command->get_name() == arguments[0]) return command;
     }
     return nullptr;
@@ -110,7 +105,7 @@ class Program {
       CheckProgramArguments(arguments);
     } else {
       const std::vector<std::string> own(arguments.begin() + 1, arguments.end());
-      checked = CheckArguments(*command, own, command == m_convert ? ConvertFiles() : CaseFile());
+      checked = CheckArguments(*command, own, FilesOf(command));
       checked.insert(checked.begin(), arguments[0]);
     }
     // CLI11 takes the arguments last first.
@@ -120,18 +115,21 @@ class Program {
 
   // For arguments that do not begin with a command.
   void CheckProgramArguments(const std::vector<std::string>& arguments) const {
-    if (arguments.empty()) throw DefinitionError("a command is missing: use fit, describe or convert.");
+    if (arguments.empty()) throw DefinitionError("a command is missing: use fit, run, describe or convert.");
     const std::string& first = arguments[0];
-    if (Contains(kNotYetCommands, first)) FailAsNotYet(first);
     if (!first.starts_with("-")) {
-      throw DefinitionError(fmt::format("\"{}\": no such command. Use fit, describe or convert.", first));
+      throw DefinitionError(fmt::format("\"{}\": no such command. Use fit, run, describe or convert.", first));
     }
     if (first != "-h" && first != "--help" && first != "--version") {
-      throw DefinitionError(fmt::format("{}: the first argument is a command: fit, describe or convert.", first));
+      throw DefinitionError(fmt::format("{}: the first argument is a command: fit, run, describe or convert.", first));
     }
   }
 
-  static std::vector<FileArgument> CaseFile() { return {{"TABLE", "the file with the cases"}}; }
+  std::vector<FileArgument> FilesOf(const CLI::App* command) const {
+    if (command == m_convert) return ConvertFiles();
+    if (command == m_run) return {{"JOB", "the file that defines the analysis"}};
+    return {{"TABLE", "the file with the cases"}};
+  }
 
   static int Refuse(std::ostream& err, const CLI::App* command, const std::string& message) {
     const std::string which = command == nullptr ? "" : " " + command->get_name();
@@ -140,10 +138,12 @@ class Program {
   }
 
   FitOptions m_fitOptions;
+  RunOptions m_runOptions;
   DescribeOptions m_describeOptions;
   ConvertOptions m_convertOptions;
   CLI::App m_program;
   CLI::App* m_fit;
+  CLI::App* m_run;
   CLI::App* m_describe;
   CLI::App* m_convert;
 };

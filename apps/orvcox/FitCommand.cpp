@@ -7,6 +7,7 @@
 #include "apps/orvcox/ExitCodes.h"
 #include "apps/orvcox/ReadWithProgress.h"
 #include "apps/orvcox/RunReporting.h"
+#include "apps/orvcox/SaveJob.h"
 #include "apps/orvcox/Terminal.h"
 #include "core/CCoxPH.h"
 #include "data/CCoxData.h"
@@ -88,12 +89,15 @@ class FitRun {
     const int refused = CreateResults(analysis, results, host, resolved);
     if (WasInterrupted()) return Cancelled();
     Write(analysis, host);
-    return refused == 0 ? ExitCodes::Done : ExitCodes::AnalysisFailed;
+    if (refused != 0) return ExitCodes::AnalysisFailed;
+    if (!m_options.SaveJob.empty()) SaveJob(m_options);
+    return ExitCodes::Done;
   }
 
  private:
   void Note(const std::string& text) {
-    if (!m_options.Quiet) m_err << "note: " << text << '\n';
+    if (m_options.Quiet) return;
+    m_err << "note: " << (m_options.Wording ? m_options.Wording(text) : text) << '\n';
   }
 
   int Cancelled() {

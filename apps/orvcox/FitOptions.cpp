@@ -5,15 +5,14 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <charconv>
-#include <filesystem>
-#include <optional>
 
+#include "apps/orvcox/SaveJob.h"
 #include "apps/orvcox/TableArgument.h"
 #include "core/CoxSettings.h"
 #include "standalone/analysis/CheckDefinition.h"
 #include "standalone/analysis/Choices.h"
 #include "standalone/analysis/ListSyntax.h"
+#include "standalone/analysis/OptionValues.h"
 #include "standalone/analysis/TableCodes.h"
 #include "standalone/tables/TableReaders.h"
 
@@ -21,16 +20,9 @@ namespace orv {
 
 namespace {
 
-constexpr int kMostIterations = 1000;
-constexpr int kLargestExponent = 12;
-constexpr double kLowestConfidence = 0.0001;
-constexpr double kHighestConfidence = 0.9999;
-
 const std::vector<std::string> kNotYetResults = {"c", "pmml", "plots"};
 
-const std::vector<std::string> kDefaultResults = {"summary", "estimates"};
 const std::string kAllResults = "all";
-const std::string kDefaultFormat = "text";
 
 bool Holds(const std::vector<std::string>& names, const std::string& name) {
   return std::find(names.begin(), names.end(), name) != names.end();
@@ -65,31 +57,6 @@ void AddChoice(CLI::App& command,
   for (const Choice& choice : choices) words[option].Words.emplace_back(choice.Word);
 }
 
-// "text, markdown or json".
-std::string Alternatives(const std::vector<std::string_view>& texts) {
-  return fmt::format("{} or {}", fmt::join(texts.begin(), texts.end() - 1, ", "), texts.back());
-}
-
-std::string FileEndings() {
-  std::vector<std::string_view> endings;
-  for (const DocumentFormat& format : DocumentFormats()) {
-    if (format.WriteFiles == nullptr) endings.push_back(format.FileEnding);
-  }
-  return Alternatives(endings);
-}
-
-std::vector<std::string_view> FormatsForStandardOutput() {
-  std::vector<std::string_view> names;
-  for (const DocumentFormat& format : DocumentFormats()) {
-    if (format.IsForStandardOutput) names.push_back(format.Name);
-  }
-  return names;
-}
-
-std::string NamesForStandardOutput() {
-  return Alternatives(FormatsForStandardOutput());
-}
-
 // Names with commas, with a line break where a line of the help would become too long.
 std::string WrappedList(const std::string& head, const std::vector<std::string>& names, const std::string& tail) {
   constexpr std::size_t kWidest = 80;
@@ -104,13 +71,6 @@ std::string WrappedList(const std::string& head, const std::vector<std::string>&
     text += names[k];
   }
   return text + tail;
-}
-
-std::optional<int> ParseWholeNumber(const std::string& text) {
-  int number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
 }
 
 CLI::Option* AddRepeatable(CLI::App& command,
@@ -173,13 +133,14 @@ void AddMethod(CLI::App& command, FitOptions& options) {
   AddChoice(command, options.Words, "--ties", d.Ties, TieChoices(), "Rule for ties: ", "; default breslow");
   command
       .add_option("--max-iterations", typed.MaxIterations,
-                  fmt::format("Newton steps at most, 1 to {}; default {}", kMostIterations, d.MaxIterations))
+                  fmt::format("Newton steps at most, 1 to {}; default {}", kMostNewtonSteps, d.MaxIterations))
       ->type_name("N");
   AddChoice(command, options.Words, "--converge", d.Converge, ConvergenceChoices(),
             "Convergence test: ", "; default gradient");
   command
-      .add_option("--tolerance-exponent", typed.ToleranceExponent,
-                  fmt::format("N for a tolerance of 1e-N, 1 to {}; default {}", kLargestExponent, d.ToleranceExponent))
+      .add_option(
+          "--tolerance-exponent", typed.ToleranceExponent,
+          fmt::format("N for a tolerance of 1e-N, 1 to {}; default {}", kLargestToleranceExponent, d.ToleranceExponent))
       ->type_name("N");
   AddList(command, "--start-values", typed.StartValues,
           "One start value per coefficient, or an .orv file with a column of them")
@@ -215,10 +176,11 @@ void AddModelBuilding(CLI::App& command, FitOptions& options) {
 void AddOutput(CLI::App& command, FitOptions& options) {
   auto& typed = options.AsTyped;
   ResultDefinition& results = options.Results;
-  const CLI::Option* show = AddList(command, "--show", typed.Show,
-                                    WrappedList("What to write: ", ShowNames(),
-                                                fmt::format(",\nor all; default {}", fmt::join(kDefaultResults, ","))))
-                                ->type_name("NAME,...");
+  const CLI::Option* show =
+      AddList(command, "--show", typed.Show,
+              WrappedList("What to write: ", ShowNames(),
+                          fmt::format(",\nor all; default {}", fmt::join(DefaultShowNames(), ","))))
+          ->type_name("NAME,...");
   options.Words[show] = {ShowNames(), true};
   options.Words[show].Words.push_back(kAllResults);
   const CLI::Option* residuals =
@@ -250,70 +212,16 @@ void AddOutput(CLI::App& command, FitOptions& options) {
           .add_option("--format", typed.Format,
                       fmt::format("Form of standard output: {}; default {}", NamesForStandardOutput(), kDefaultFormat))
           ->type_name("NAME");
-  const std::vector<std::string_view> forms = FormatsForStandardOutput();
-  options.Words[form].Words.assign(forms.begin(), forms.end());
+  options.Words[form].Words = FormatsForStandardOutput();
   command.add_flag("--quiet", options.Quiet, "No progress, no notes");
-}
-
-// A whole number from 1 to `highest`; `fallback` when nothing was typed.
-int CompleteCount(const std::string& option, const std::string& text, int highest, int fallback) {
-  if (text.empty()) return fallback;
-  const std::optional<int> number = ParseWholeNumber(text);
-  if (number && *number >= 1 && *number <= highest) return *number;
-  throw DefinitionError(fmt::format("{} {}: use a whole number from 1 to {}.", option, text, highest));
-}
-
-std::optional<double> CompleteProbability(const std::string& option, const std::string& text) {
-  if (text.empty()) return std::nullopt;
-  const std::optional<double> probability = ParseNumber(text);
-  // Its range is checked by the module.
-  if (!probability) throw DefinitionError(fmt::format("{}: \"{}\" is not a number, such as 0.05.", option, text));
-  return probability;
-}
-
-std::optional<int> CompleteForced(const std::string& text) {
-  if (text.empty()) return std::nullopt;
-  const std::optional<int> effects = ParseWholeNumber(text);
-  if (effects && *effects >= 0) return effects;
-  throw DefinitionError(fmt::format("--force {}: use a whole number from 0 to the number of effects.", text));
-}
-
-double CompleteConfidence(const std::string& text, double fallback) {
-  if (text.empty()) return fallback;
-  const std::optional<double> level = ParseNumber(text);
-  if (level && *level >= kLowestConfidence && *level <= kHighestConfidence) return *level;
-  throw DefinitionError(fmt::format("--confidence {}: use a level from {} to {}, such as 0.95.", text,
-                                    kLowestConfidence, kHighestConfidence));
-}
-
-std::vector<double> CompleteStartValues(const std::vector<std::string>& texts) {
-  std::vector<double> values;
-  for (const std::string& text : texts) {
-    const std::optional<double> value = ParseNumber(text);
-    if (value) {
-      values.push_back(*value);
-      continue;
-    }
-    throw DefinitionError(fmt::format(
-        "--start-values: \"{}\" is not a number. Give a number for each coefficient, or one .orv file.", text));
-  }
-  return values;
-}
-
-std::vector<int> CompleteCoefficients(const std::vector<std::string>& texts) {
-  std::vector<int> coefficients;
-  for (const std::string& text : texts) {
-    const std::optional<int> coefficient = ParseWholeNumber(text);
-    if (!coefficient) {
-      throw DefinitionError(fmt::format("--fix: \"{}\" is not the number of a coefficient, such as 2.", text));
-    }
-    coefficients.push_back(*coefficient);
-  }
-  return coefficients;
+  command
+      .add_option("--save-job", options.SaveJob,
+                  "Write the analysis to a job file for orvcox run. A run that is refused or\nfails writes none")
+      ->type_name("FILE.toml");
 }
 
 std::vector<std::string> CompleteResults(const std::vector<std::string>& typed) {
-  if (typed.empty()) return kDefaultResults;
+  if (typed.empty()) return DefaultShowNames();
   for (const std::string& name : typed) {
     if (name == kAllResults || Holds(ShowNames(), name)) continue;
     if (Holds(kNotYetResults, name)) {
@@ -329,56 +237,27 @@ std::vector<std::string> CompleteResults(const std::vector<std::string>& typed) 
   return chosen;
 }
 
-// Files are looked at before anything is read, so that a misspelt one does not cost a run.
-std::vector<OutputTarget> CompleteTargets(const std::vector<std::string>& files, const std::string& table) {
-  std::vector<OutputTarget> targets;
-  for (const std::string& file : files) {
-    const DocumentFormat* format = FindFormatByFileName(file);
-    if (format == nullptr) {
-      throw DefinitionError(fmt::format(
-          "--output {}: the ending decides the form: use {}, or a folder name that ends in /.", file, FileEndings()));
-    }
-    for (const OutputTarget& target : targets) {
-      if (target.File == file) throw DefinitionError(fmt::format("--output {} is given twice.", file));
-    }
-    std::error_code ignored;  // a file that is not there is not the table
-    if (std::filesystem::equivalent(file, FileOfTable(table), ignored)) {
-      throw DefinitionError(fmt::format("--output {}: this is the table itself, which would be lost.", file));
-    }
-    targets.push_back({file, format});
-  }
-  return targets;
-}
-
-const DocumentFormat* CompleteFormat(const std::string& typed) {
-  const DocumentFormat* format = FindFormatByName(typed.empty() ? kDefaultFormat : typed);
-  if (format == nullptr || !format->IsForStandardOutput) {
-    throw DefinitionError(fmt::format("--format {}: use {}.", typed, NamesForStandardOutput()));
-  }
-  return format;
-}
-
 void CompleteOptions(FitOptions& options) {
   const auto& typed = options.AsTyped;
   AnalysisDefinition& d = options.Definition;
-  d.MaxIterations = CompleteCount("--max-iterations", typed.MaxIterations, kMostIterations, d.MaxIterations);
-  d.ToleranceExponent =
-      CompleteCount("--tolerance-exponent", typed.ToleranceExponent, kLargestExponent, d.ToleranceExponent);
-  options.Results.Confidence = CompleteConfidence(typed.Confidence, options.Results.Confidence);
-  d.PEnter = CompleteProbability("--p-enter", typed.PEnter);
-  d.PRemove = CompleteProbability("--p-remove", typed.PRemove);
-  d.Force = CompleteForced(typed.Force);
+  if (!typed.MaxIterations.empty()) d.MaxIterations = IterationsValue(typed.MaxIterations);
+  if (!typed.ToleranceExponent.empty()) d.ToleranceExponent = ToleranceExponentValue(typed.ToleranceExponent);
+  if (!typed.Confidence.empty()) options.Results.Confidence = ConfidenceValue(typed.Confidence);
+  if (!typed.PEnter.empty()) d.PEnter = ProbabilityValue("--p-enter", typed.PEnter);
+  if (!typed.PRemove.empty()) d.PRemove = ProbabilityValue("--p-remove", typed.PRemove);
+  if (!typed.Force.empty()) d.Force = ForcedValue(typed.Force);
   const bool isFile = typed.StartValues.size() == 1 && !ParseNumber(typed.StartValues[0]) &&
                       LowerCaseEnding(typed.StartValues[0]) == ".orv";
   if (isFile) d.StartValuesFile = typed.StartValues[0];
-  if (!isFile) d.StartValues = CompleteStartValues(typed.StartValues);
-  d.FixedCoefficients = CompleteCoefficients(typed.Fix);
+  if (!isFile) d.StartValues = StartValuesOf(typed.StartValues);
+  d.FixedCoefficients = CoefficientNumbersOf(typed.Fix);
   options.Results.Results = CompleteResults(typed.Show);
   options.Results.ShowsAll = Holds(typed.Show, kAllResults);
-  options.Targets = CompleteTargets(typed.Outputs, options.Table);
-  options.StandardFormat = CompleteFormat(typed.Format);
+  options.Targets = ChooseTargets(typed.Outputs, options.Table);
+  options.StandardFormat = ChooseStandardFormat(typed.Format);
   CheckDefinition(d);
   CheckResultDefinition(options.Results);
+  if (!options.SaveJob.empty()) CheckJobPlace(options);
 }
 
 }  // namespace

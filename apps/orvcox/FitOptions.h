@@ -2,21 +2,16 @@
 #pragma once
 
 #include <CLI/App.hpp>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "apps/orvcox/OptionWords.h"
+#include "apps/orvcox/OutputTargets.h"
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/analysis/ResultDefinition.h"
-#include "standalone/documents/DocumentFormats.h"
 
 namespace orv {
-
-// Where results go besides standard output.
-struct OutputTarget {
-  std::string File;
-  const DocumentFormat* Format = nullptr;
-};
 
 // Complete after parsing, if not said otherwise. The fields "as typed" serve the parsing alone.
 struct FitOptions {
@@ -26,7 +21,10 @@ struct FitOptions {
   std::vector<OutputTarget> Targets;               // files that the results go to instead of standard output
   const DocumentFormat* StandardFormat = nullptr;  // of standard output
   bool Quiet = false;                              // no progress, no notes
+  std::string SaveJob;                             // a job file that a run without refusal is written to
   WordsOfOptions Words;                            // complete after the declaration
+  // Puts notes into the words of whoever defined the analysis; empty for those of the command line.
+  std::function<std::string(const std::string&)> Wording;
 
   struct {
     std::string MaxIterations;

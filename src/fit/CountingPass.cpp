@@ -29,23 +29,25 @@ bool CountingPass::Failed() const {
 double CountingPass::Evaluate(const double* beta, double* U, double** H) {
   const bool atZero = beta == nullptr;
   const int p = m_design.Count();
+  const PassKernels& kernels = KernelsOfThisMachine();
   m_sums.StartPass();
   m_riskSet.Rewind();
-  std::fill_n(U, p, 0.0);
+  ClearDerivatives(U, H, p);
   CompensatedSum L;
   for (int row = m_n; row >= 1; --row) {
     if (m_ties.EndsStratum(row)) m_riskSet.EnterStratum(row);
     m_riskSet.RemoveLeavers(row);
+    m_cases.PrefetchBefore(row);
     const double* cells = m_cases.GetRow(row);
     const double* x = m_design.Of(cells);
     const double weight = cells[m_columns.Weight];
-    const double eta = atZero ? 0.0 : LinearPredictor(x, beta, p);
+    const double eta = atZero ? 0.0 : kernels.LinearPredictor(x, beta, p);
     const double wr = atZero ? weight : weight * std::exp(eta);
     m_riskSet.Join(row, x, wr);
-    if (cells[m_columns.Status] == 1.0) m_sums.AddEvent(x, wr, eta, weight, L, U);
-    if (m_ties.Deaths(row) > 0.0) m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), atZero, L, U);
+    if (cells[m_columns.Status] == 1.0) m_sums.AddEvent(eta, weight, L);
+    if (m_ties.Deaths(row) > 0.0) m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), atZero, L);
   }
-  m_sums.CopyInformation(H);
+  m_sums.EndPass(U, H);
   return L.Value();
 }
 

@@ -72,12 +72,13 @@ void DiscreteCountingPass::AddNumerator(int row, CompensatedSum& L, double* U) {
 
 void DiscreteCountingPass::CloseGroup(int row, CompensatedSum& L, double* U) {
   const int d = RoundToInteger(m_ties.Deaths(row));
-  SubsetSums sums{m_running.S0(), m_running.S1(), m_running.S2()};
   if (d > 1) {
     GatherMembers();
-    sums = SumOverSubsets(d);
+    SubtractSubsetTerm(SumOverSubsets(d), L, U, m_H.Data(), m_design.Count());
+  } else {
+    // The subsets of one member are the members: the term of a lone event is that of the other rules for ties.
+    m_running.CloseGroup(1.0, 1.0, false, L);
   }
-  SubtractSubsetTerm(sums, L, U, m_H.Data(), m_design.Count());
   AddNumerator(row, L, U);
 }
 
@@ -98,6 +99,7 @@ double DiscreteCountingPass::Evaluate(const double* beta, double* U, double** H)
     if (m_ties.Deaths(row) > 0.0) CloseGroup(row, L, U);
   }
   CopyPackedToUpper(m_H.Data(), H, p);
+  m_running.EndPass(U, H);
   return L.Value();
 }
 

@@ -1,89 +1,260 @@
 #include "fit/RiskSums.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "data/RoundHalfAway.h"
-#include "fit/PassKernels.h"
 
 namespace orv {
 
-RiskSums::RiskSums(Host& host, int p, int efronStep)
+namespace {
+
+// Enough rows for the products to be worth their start, and few enough for the blocks to stay in the cache.
+constexpr int kBlockRows = 64;
+constexpr int kMeanRows = 64;
+
+}  // namespace
+
+struct RiskSums::GroupTerms {
+  int Count = 0;
+  double Reciprocals = 0.0;    // sum of m / D
+  double Fractions = 0.0;      // sum of m f / D
+  double MeanPlace = 0.0;      // mean of g
+  double SpreadOfPlace = 0.0;  // sum of (g - mean)^2
+};
+
+RiskSums::RiskSums(Host& host, int p, int efronStep, const PassKernels& kernels)
     : m_p(p),
       m_efronStep(efronStep),
-      m_S1(host, static_cast<std::size_t>(p)),
-      m_S2(host, PackedSize(static_cast<std::size_t>(p))),
-      m_E1(host, static_cast<std::size_t>(p)),
-      m_E2(host, PackedSize(static_cast<std::size_t>(p))),
-      m_H(host, PackedSize(static_cast<std::size_t>(p))),
-      m_mean(host, static_cast<std::size_t>(p)) {}
+      m_kernels(kernels),
+      m_S1(host, 1, p),
+      m_E1(host, 1, p),
+      m_U(host, 1, p),
+      m_block(host, kBlockRows, p),
+      m_weighted(host, kBlockRows, p),
+      m_scaled(host, kBlockRows, p),
+      m_wr(host, kBlockRows),
+      m_eventWr(host, kBlockRows),
+      m_share(host, kBlockRows),
+      m_reciprocal(host, kBlockRows + 1),
+      m_S2(host, p, p),
+      m_E2(host, p, p),
+      m_H(host, p, p),
+      m_means(host, kMeanRows, p),
+      m_weightedMeans(host, kMeanRows, p),
+      m_u(host, 1, p),
+      m_v(host, 1, p),
+      m_unused(host, 1, p) {}
 
 bool RiskSums::Failed() const {
-  return m_S1.Failed() || m_S2.Failed() || m_E1.Failed() || m_E2.Failed() || m_H.Failed() || m_mean.Failed();
+  return m_S1.Failed() || m_E1.Failed() || m_U.Failed() || m_block.Failed() || m_weighted.Failed() ||
+         m_scaled.Failed() || m_wr.Failed() || m_eventWr.Failed() || m_share.Failed() || m_reciprocal.Failed() ||
+         m_S2.Failed() || m_E2.Failed() || m_H.Failed() || m_means.Failed() || m_weightedMeans.Failed() ||
+         m_u.Failed() || m_v.Failed() || m_unused.Failed();
 }
 
 void RiskSums::StartPass() {
-  ClearRiskSet();
+  m_count = 0;
+  m_segment = 0;
+  m_firstOfGroup = 0;
+  m_meanCount = 0;
+  m_reciprocal.Clear();
+  m_S0 = {};
+  m_S1.Clear();
+  m_S2.Clear();
+  m_hasS2 = false;
   ClearEvents();
+  m_U.Clear();
   m_H.Clear();
 }
 
 void RiskSums::ClearRiskSet() {
+  CarryOpenEvents();
+  SettleSegment();
+  if (m_hasS2) m_S2.Clear();
+  m_hasS2 = false;
   m_S0 = {};
   m_S1.Clear();
-  m_S2.Clear();
 }
 
 void RiskSums::ClearEvents() {
   m_E0 = 0.0;
   m_E1.Clear();
-  m_E2.Clear();
+  if (m_hasE2) m_E2.Clear();
+  m_hasE2 = false;
+  m_firstOfGroup = m_count;
 }
 
 void RiskSums::Join(const double* x, double wr) {
+  if (m_count == kBlockRows) FlushBlock();
+  const auto at = static_cast<std::size_t>(m_count);
+  std::copy_n(x, m_p, m_block.Row(m_count));
+  m_kernels.Weigh(m_block.Row(m_count), wr, m_weighted.Row(m_count), m_S1.Row(0), m_p);
   m_S0.Add(wr);
-  AddWeighted(m_S1.Data(), m_S2.Data(), x, wr, m_p);
+  m_wr[at] = wr;
+  m_eventWr[at] = 0.0;
+  m_share[at] = 0.0;
+  ++m_count;
 }
 
-void RiskSums::Leave(const double* x, double wr) {
-  Join(x, -wr);
+void RiskSums::AddEvent() {
+  const auto at = static_cast<std::size_t>(m_count - 1);
+  m_E0 += m_wr[at];
+  if (m_efronStep == 0) return;
+  m_eventWr[at] = m_wr[at];
+  m_kernels.AddScaled(m_E1.Row(0), m_weighted.Row(m_count - 1), 1.0, m_p);
 }
 
-void RiskSums::AddEvent(const double* x, double wr) {
-  m_E0 += wr;
-  if (m_efronStep != 0) AddWeighted(m_E1.Data(), m_E2.Data(), x, wr, m_p);
-}
-
-void RiskSums::AddEvent(const double* x, double wr, double eta, double weight, CompensatedSum& L, double* U) {
+void RiskSums::AddEvent(double eta, double weight, CompensatedSum& L) {
   L.Add(eta * weight);
-  for (int j = 0; j < m_p; ++j) U[j] += x[j] * weight;
-  AddEvent(x, wr);
+  m_kernels.AddScaled(m_U.Row(0), m_block.Row(m_count - 1), weight, m_p);
+  AddEvent();
 }
 
-void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, CompensatedSum& L, double* U) {
-  EventTerm term{m_S1.Data(), m_S2.Data(), m_E1.Data(), m_E2.Data()};
-  term.Weight = meanWeight;
+RiskSums::GroupTerms RiskSums::TermsOf(double events, double meanWeight, bool atZero, CompensatedSum& L) const {
+  GroupTerms terms;
+  terms.Count = static_cast<int>(RoundHalfAway(events));
   const double riskSum = m_S0.Value();
+  if (m_efronStep == 0 || terms.Count == 1) {
+    // Equal terms, taken at once: their rounding does not add up.
+    const double weight = meanWeight * terms.Count;
+    L.Add(-std::log(riskSum) * weight);
+    terms.Reciprocals = weight / riskSum;
+    return terms;
+  }
   const double reciprocal = 1.0 / events;
-  int terms = static_cast<int>(RoundHalfAway(events));
-  if (m_efronStep == 0) {
-    // The terms of Breslow's rule are equal. Taken at once they cost a d-th, and their rounding does not add up.
-    term.Weight *= terms;
-    terms = 1;
-  }
-  for (int k = 0; k < terms; ++k) {
+  for (int k = 0; k < terms.Count; ++k) {
     // Two forms of one number, kept apart so that the null log likelihood keeps its last digit.
-    const double share = static_cast<double>(k) * m_efronStep;
-    term.Fraction = atZero ? share * reciprocal : share / events;
-    term.Denominator = riskSum - term.Fraction * m_E0;
-    L.Add(-std::log(term.Denominator) * term.Weight);
-    SubtractEventTerm(term, U, m_H.Data(), m_mean.Data(), m_p);
+    const double share = k;
+    const double fraction = atZero ? share * reciprocal : share / events;
+    const double denominator = riskSum - fraction * m_E0;
+    L.Add(-std::log(denominator) * meanWeight);
+    terms.Reciprocals += meanWeight / denominator;
+    terms.Fractions += meanWeight * (fraction / denominator);
+    const double place = fraction * (riskSum / denominator);
+    const double change = place - terms.MeanPlace;
+    terms.MeanPlace += change / (k + 1);
+    terms.SpreadOfPlace += change * (place - terms.MeanPlace);
   }
-  m_E0 = 0.0;
-  if (m_efronStep != 0) ClearEvents();
+  return terms;
 }
 
-void RiskSums::CopyInformation(double** H) const {
-  CopyPackedToUpper(m_H.Data(), H, m_p);
+void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, CompensatedSum& L) {
+  const GroupTerms terms = TermsOf(events, meanWeight, atZero, L);
+  const double q = 1.0 / m_S0.Value();
+  const double weight = meanWeight * terms.Count;
+  if (m_efronStep != 0 && terms.Count > 1) {
+    TakeLineOfMeans(q, weight, meanWeight, terms);
+    SettleEvents(terms.Fractions);
+  } else {
+    AddMean(m_S1.Row(0), q, weight, m_U.Row(0));
+  }
+  m_reciprocal[static_cast<std::size_t>(m_count)] += terms.Reciprocals;
+  if (m_efronStep != 0) {
+    ClearEvents();
+  } else {
+    m_E0 = 0.0;
+  }
+}
+
+// The means a = u + g v of a tied group: their mean, as often as there are events, and their spread along v.
+void RiskSums::TakeLineOfMeans(double q, double weight, double meanWeight, const GroupTerms& terms) {
+  double* u = m_u.Row(0);
+  double* v = m_v.Row(0);
+  m_u.Clear();
+  m_v.Clear();
+  m_kernels.AddScaled(u, m_S1.Row(0), q, m_p);
+  m_kernels.AddScaled(v, u, m_E0 * q, m_p);
+  m_kernels.AddScaled(v, m_E1.Row(0), -q, m_p);
+  m_kernels.AddScaled(u, v, terms.MeanPlace, m_p);
+  AddMean(u, 1.0, weight, m_U.Row(0));
+  AddMean(v, 1.0, meanWeight * terms.SpreadOfPlace, m_unused.Row(0));
+}
+
+// a = factor x into the sum of weight a a' that H loses, and into a sum that loses weight a.
+void RiskSums::AddMean(const double* x, double factor, double weight, double* sum) {
+  if (m_meanCount == kMeanRows) FlushMeans();
+  m_kernels.TakeMean(x, factor, weight, m_means.Row(m_meanCount), m_weightedMeans.Row(m_meanCount), sum, m_p);
+  ++m_meanCount;
+}
+
+void RiskSums::FlushMeans() {
+  m_kernels.AddOuterProducts(m_H.Row(0), m_weightedMeans.Row(0), m_means.Row(0), m_meanCount, m_p);
+  m_meanCount = 0;
+}
+
+// The events of the group that closes lose `share` of their part in H.
+void RiskSums::SettleEvents(double share) {
+  for (int row = m_firstOfGroup; row < m_count; ++row) {
+    const auto at = static_cast<std::size_t>(row);
+    m_share[at] -= m_eventWr[at] * share;
+    m_eventWr[at] = 0.0;
+  }
+  if (m_hasE2) AddToInformation(m_E2, -share);
+}
+
+// H += factor M, lower triangles.
+void RiskSums::AddToInformation(const PaddedRows& M, double factor) {
+  for (int j = 0; j < m_p; ++j) m_kernels.AddScaled(m_H.Row(j), M.Row(j), factor, j + 1);
+}
+
+// The open group's events so far go into E2, since their rows leave the block or their risk set ends.
+void RiskSums::CarryOpenEvents() {
+  const int first = m_firstOfGroup;
+  m_firstOfGroup = m_count;
+  const double* eventWr = m_eventWr.Data();
+  if (std::all_of(eventWr + first, eventWr + m_count, [](double wr) { return wr == 0.0; })) return;
+  const int count = m_count - first;
+  m_kernels.ScaleRows(m_block.Row(first), eventWr + first, m_scaled.Row(0), count, m_p);
+  m_kernels.AddOuterProducts(m_E2.Row(0), m_scaled.Row(0), m_block.Row(first), count, m_p);
+  m_hasE2 = true;
+}
+
+// The rows of the risk set take what the groups that closed have left for them.
+void RiskSums::SettleSegment() {
+  double reciprocals = 0.0;
+  for (int row = m_count; row-- > m_segment;) {
+    const auto at = static_cast<std::size_t>(row);
+    reciprocals += m_reciprocal[at + 1];
+    m_reciprocal[at + 1] = 0.0;
+    m_share[at] += m_wr[at] * reciprocals;
+  }
+  double& beforeFirst = m_reciprocal[static_cast<std::size_t>(m_segment)];
+  reciprocals += beforeFirst;
+  beforeFirst = 0.0;
+  if (m_hasS2 && reciprocals != 0.0) AddToInformation(m_S2, reciprocals);
+  m_segment = m_count;
+}
+
+void RiskSums::AddBlockToInformation() {
+  int count = m_count;
+  while (count > 0 && m_share[static_cast<std::size_t>(count) - 1] == 0.0) --count;
+  m_kernels.ScaleRows(m_block.Row(0), m_share.Data(), m_scaled.Row(0), count, m_p);
+  m_kernels.AddOuterProducts(m_H.Row(0), m_scaled.Row(0), m_block.Row(0), count, m_p);
+}
+
+void RiskSums::FlushBlock() {
+  CarryOpenEvents();
+  const int first = m_segment;
+  SettleSegment();
+  AddBlockToInformation();
+  m_kernels.AddOuterProducts(m_S2.Row(0), m_weighted.Row(first), m_block.Row(first), m_count - first, m_p);
+  m_hasS2 = true;
+  m_count = 0;
+  m_segment = 0;
+  m_firstOfGroup = 0;
+}
+
+void RiskSums::EndPass(double* U, double** H) {
+  SettleSegment();
+  AddBlockToInformation();
+  FlushMeans();
+  m_count = 0;
+  m_segment = 0;
+  for (int j = 0; j < m_p; ++j) {
+    U[j] += m_U.Row(0)[j];
+    for (int l = 0; l <= j; ++l) H[l][j] += m_H.Row(j)[l];
+  }
 }
 
 }  // namespace orv

@@ -100,10 +100,11 @@ void TimeDependentPass::SumRiskSet(int row, double time, const double* beta) {
     const double* member = m_cases.GetRow(k);
     const double weight = member[m_columns.Weight];
     FormDesign(member, time);
-    const double wr = beta == nullptr ? weight : weight * std::exp(LinearPredictor(m_x.Data(), beta, p));
+    const double wr =
+        beta == nullptr ? weight : weight * std::exp(KernelsOfThisMachine().LinearPredictor(m_x.Data(), beta, p));
     Center();
     m_sums.Join(m_x.Data(), wr);
-    if (member[m_columns.Status] == 1.0 && AlmostEqual(member[m_columns.Time], time)) m_sums.AddEvent(m_x.Data(), wr);
+    if (member[m_columns.Status] == 1.0 && AlmostEqual(member[m_columns.Time], time)) m_sums.AddEvent();
   }
 }
 
@@ -112,7 +113,7 @@ void TimeDependentPass::AddEvent(int row, const double* beta, CompensatedSum& L,
   const double* cells = m_cases.GetRow(row);
   const double weight = cells[m_columns.Weight];
   FormDesign(cells, cells[m_columns.Time]);
-  if (beta != nullptr) L.Add(LinearPredictor(m_x.Data(), beta, p) * weight);
+  if (beta != nullptr) L.Add(KernelsOfThisMachine().LinearPredictor(m_x.Data(), beta, p) * weight);
   Center();
   for (int j = 0; j < p; ++j) U[j] += m_x[static_cast<std::size_t>(j)] * weight;
 }
@@ -125,7 +126,7 @@ double TimeDependentPass::Evaluate(const double* beta, double* U, double** H) {
   const int p = static_cast<int>(m_design.size());
   m_sums.StartPass();
   m_next = 0;
-  std::fill_n(U, p, 0.0);
+  ClearDerivatives(U, H, p);
   CompensatedSum L;
   std::size_t events = 0;  // of the open group
   for (int row = m_n; row >= 1; --row) {
@@ -135,10 +136,10 @@ double TimeDependentPass::Evaluate(const double* beta, double* U, double** H) {
     SumRiskSet(row, cells[m_columns.Time], beta);
     for (std::size_t k = 0; k < events; ++k) AddEvent(m_events[k], beta, L, U);
     events = 0;
-    m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), beta == nullptr, L, U);
+    m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), beta == nullptr, L);
   }
   m_isKept = !m_kept.Failed() && m_kept.Count() > 0;
-  m_sums.CopyInformation(H);
+  m_sums.EndPass(U, H);
   return L.Value();
 }
 

@@ -50,6 +50,8 @@ struct AnalysisDefinition {
   std::optional<double> PEnter;
   std::optional<double> PRemove;
   std::optional<int> Force;  // how many effects are in every model: the first ones of the design
+
+  bool operator==(const AnalysisDefinition&) const = default;
 };
 
 }  // namespace orv

@@ -79,7 +79,7 @@ std::string IntervalsWithTimeCovariates() {
 }
 
 std::string DiscreteWithTimeCovariates() {
-  return "--ties discrete is not offered with --time-covariate: use efron or breslow.";
+  return "--ties discrete is not offered with --time-covariate: use --ties efron or breslow.";
 }
 
 std::string FormulaProblem(const std::string& option, const std::string& problem) {
@@ -173,7 +173,7 @@ std::string MisplacedQuote(const std::string& option, const std::string& list) {
 }
 
 std::string CodesTwice(const std::string& factor) {
-  return fmt::format("--codes: \"{}\" is given twice. Name all its codes in one option.", factor);
+  return fmt::format("--codes: \"{}\" is given twice. Name all its codes at once.", factor);
 }
 
 std::string ReferenceTwice(const std::string& factor) {
@@ -243,7 +243,8 @@ std::string SelectionWithTimeCovariates() {
 }
 
 std::string BestSubsetsWithFactors() {
-  return "--select best compares single columns and is not offered with --factors: use forward, backward or stepwise.";
+  return "--select best compares single columns and is not offered with --factors: use --select forward, "
+         "backward or stepwise.";
 }
 
 std::string ForceOutOfRange(int forced, int effects) {
@@ -255,7 +256,7 @@ std::string StepsWithoutSelection() {
 }
 
 std::string OptionWithoutResult(const std::string& option, const std::string& result) {
-  return fmt::format("{} says something about a result that is not shown: add {} to --show.", option, result);
+  return fmt::format("{} says something about a result that is not shown: add --show {}.", option, result);
 }
 
 std::string ResultWithTimeCovariates(const std::string& result) {

@@ -17,6 +17,12 @@ std::string_view Trim(std::string_view text) {
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
+std::string Quoted(std::string_view item) {
+  std::string quoted = "\"";
+  for (const char c : item) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return quoted + '"';
+}
+
 class ListParser {
  public:
   ListParser(const std::string& option, std::string_view text) : m_option(option), m_text(text), m_rest(text) {}
@@ -113,10 +119,17 @@ std::vector<CodeAssignment> ParseValues(const std::string& option, std::string_v
 }
 
 std::string ListItem(std::string_view item) {
-  if (item.find(',') == std::string_view::npos) return std::string(item);
-  std::string quoted = "\"";
-  for (const char c : item) quoted += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return quoted + '"';
+  return item.find(',') == std::string_view::npos ? std::string(item) : Quoted(item);
+}
+
+std::string AssignmentText(const CodeAssignment& assignment) {
+  const auto item = [](std::string_view text) {
+    const bool isPlain = Trim(text) == text && !text.starts_with('"') && text.find_first_of(",=") == std::string::npos;
+    return isPlain ? std::string(text) : Quoted(text);
+  };
+  std::string text = item(assignment.Factor);
+  for (std::size_t k = 0; k < assignment.Codes.size(); ++k) text += (k == 0 ? '=' : ',') + item(assignment.Codes[k]);
+  return text;
 }
 
 }  // namespace orv

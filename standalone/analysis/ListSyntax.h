@@ -36,4 +36,8 @@ std::vector<CodeAssignment> ParseValues(const std::string& option, std::string_v
 // An item as a list shows it to a person: in quotes when it holds a comma.
 std::string ListItem(std::string_view item);
 
+// "F=C,C,..." as ParseCodes, ParseReference and ParseValues read it, with quotes where they are needed.
+// REQUIRES: the factor and the codes are not empty.
+std::string AssignmentText(const CodeAssignment& assignment);
+
 }  // namespace orv

@@ -68,22 +68,6 @@ void CheckShown(const ResultDefinition& d, const char* option, bool given, std::
   if (!isShown) Fail(Messages::OptionWithoutResult(option, fmt::format("{}", fmt::join(results, " or "))));
 }
 
-std::vector<double> ParseContrast(const std::string& text) {
-  std::vector<double> numbers;
-  std::size_t at = 0;
-  constexpr const char* kSeparators = " ,\t";
-  while ((at = text.find_first_not_of(kSeparators, at)) != std::string::npos) {
-    const std::size_t end = std::min(text.find_first_of(kSeparators, at), text.size());
-    const std::string word = text.substr(at, end - at);
-    const std::optional<double> number = ParseNumber(word);
-    if (!number) Fail(Messages::ContrastNotANumber(text, word));
-    numbers.push_back(*number);
-    at = end;
-  }
-  if (numbers.empty()) Fail(Messages::ContrastNotANumber(text, ""));
-  return numbers;
-}
-
 class Resolver {
  public:
   Resolver(const ResultDefinition& definition, const StandaloneHost& host, CCoxPH& analysis)
@@ -209,8 +193,9 @@ class Resolver {
       Fail(Messages::ProductLimitWith("--interval"));
     if (m_resolved.Survivor == SurvivorType::KaplanMeier && m_isWeighted) Fail(Messages::ProductLimitWith("--weights"));
     const int ci = ChoiceValue("--ci", m_definition.CI, CIChoices(), static_cast<int>(SurvivorCIType::Normal));
-    m_resolved.HasLimits = ci != kNoLimits;
-    if (m_resolved.HasLimits) m_resolved.SurvivorCI = static_cast<SurvivorCIType>(ci);
+    m_resolved.HasSurvivorLimits = ci != kNoLimits && m_definition.HasSurvivorLimits;
+    m_resolved.HasHazardLimits = ci != kNoLimits && m_definition.HasHazardLimits;
+    if (ci != kNoLimits) m_resolved.SurvivorCI = static_cast<SurvivorCIType>(ci);
   }
 
   const ResultDefinition& m_definition;
@@ -303,6 +288,11 @@ const std::vector<std::string>& ShowNames() {
   return names;
 }
 
+const std::vector<std::string>& DefaultShowNames() {
+  static const std::vector<std::string> names = {"summary", "estimates"};
+  return names;
+}
+
 const std::vector<std::string>& ResidualNames() {
   static const std::vector<std::string> names = [] {
     std::vector<std::string> list;
@@ -310,6 +300,22 @@ const std::vector<std::string>& ResidualNames() {
     return list;
   }();
   return names;
+}
+
+std::vector<double> ParseContrast(const std::string& text) {
+  std::vector<double> numbers;
+  std::size_t at = 0;
+  constexpr const char* kSeparators = " ,\t";
+  while ((at = text.find_first_not_of(kSeparators, at)) != std::string::npos) {
+    const std::size_t end = std::min(text.find_first_of(kSeparators, at), text.size());
+    const std::string word = text.substr(at, end - at);
+    const std::optional<double> number = ParseNumber(word);
+    if (!number) Fail(Messages::ContrastNotANumber(text, word));
+    numbers.push_back(*number);
+    at = end;
+  }
+  if (numbers.empty()) Fail(Messages::ContrastNotANumber(text, ""));
+  return numbers;
 }
 
 void CheckResultDefinition(const ResultDefinition& definition) {
@@ -343,8 +349,8 @@ std::vector<std::string> ApplyResults(const ResolvedResults& resolved,
   results.Transform = resolved.Transform;
   results.Survivor = resolved.Survivor;
   results.SurvivorCI = resolved.SurvivorCI;
-  results.ComputeSurvivorCI = resolved.HasLimits;
-  results.ComputeCumulativeHazardCI = resolved.HasLimits;
+  results.ComputeSurvivorCI = resolved.HasSurvivorLimits;
+  results.ComputeCumulativeHazardCI = resolved.HasHazardLimits;
   std::vector<std::string> existing = ResultsThatExist(resolved, results, notes);
   SetLinearCombinations(resolved, results, existing, notes);
   const std::vector<int> covariates = results.PatternCovariates();

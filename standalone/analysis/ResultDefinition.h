@@ -24,10 +24,13 @@ struct ResultDefinition {
   std::vector<std::string> Patterns;   // "V=X, V=X"
   std::string SurvivorType;
   std::string CI;
+  bool HasSurvivorLimits = true;  // false leaves them out whatever CI says; with CI "none" there are none
+  bool HasHazardLimits = true;
   std::string Transform;
   double Confidence = 0.95;
 
   bool Shows(std::string_view result) const;
+  bool operator==(const ResultDefinition&) const = default;
 };
 
 // What a definition means for an analysis.
@@ -39,7 +42,8 @@ struct ResolvedResults {
   std::vector<std::map<int, std::string>> Patterns;  // by variable: the value as typed
   SurvivorType Survivor = SurvivorType::Breslow;
   SurvivorCIType SurvivorCI = SurvivorCIType::Normal;
-  bool HasLimits = true;
+  bool HasSurvivorLimits = true;
+  bool HasHazardLimits = true;
   TimeTransform Transform = TimeTransform::Identity;
   double Confidence = 0.95;
 };
@@ -47,6 +51,11 @@ struct ResolvedResults {
 // The names that --show and --residuals take, in the order in which results are written.
 const std::vector<std::string>& ShowNames();
 const std::vector<std::string>& ResidualNames();
+// What is shown when nothing is asked for.
+const std::vector<std::string>& DefaultShowNames();
+
+// The numbers of a contrast. Throws DefinitionError when there is none or a word that is no number.
+std::vector<double> ParseContrast(const std::string& text);
 
 // Throws DefinitionError for words that are none, for contrasts without numbers and for options whose result is not
 // shown.

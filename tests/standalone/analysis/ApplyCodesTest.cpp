@@ -127,7 +127,7 @@ TEST(ApplyFactorCodes, AreRefusedWhenTheTableOrTheDefinitionLacksThem) {
        [](auto& d) {
          d.FactorCodes = {"site=1,2", "#5=3"};
        },
-       "--codes: \"site\" is given twice. Name all its codes in one option."},
+       "--codes: \"site\" is given twice. Name all its codes at once."},
       {"codes of no factor", [](auto& d) { d.FactorCodes = {"age=48,51"}; },
        "--codes: \"age\" is not among --factors."},
       {"codes of no variable", [](auto& d) { d.FactorCodes = {"sight=1,2"}; },

@@ -202,7 +202,7 @@ TEST(ApplyTimeCovariates, AreRefusedWhereTheyDoNotFit) {
       {"an unknown effect", [](auto& d) { d.Effects = "log time, age, lat"; },
        "--effects: \"lat\" is not among the predictors. Closest: \"late\"."},
       {"the discrete rule", [](auto& d) { d.Ties = "discrete"; },
-       "--ties discrete is not offered with --time-covariate: use efron or breslow."},
+       "--ties discrete is not offered with --time-covariate: use --ties efron or breslow."},
   };
   for (const auto& c : cases) {
     AnalysisDefinition definition = TimeDependent();

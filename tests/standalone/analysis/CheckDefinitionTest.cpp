@@ -139,7 +139,7 @@ TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
          d.TimeCovariates = {"late=T_"};
          d.Ties = "discrete";
        },
-       "--ties discrete is not offered with --time-covariate: use efron or breslow."},
+       "--ties discrete is not offered with --time-covariate: use --ties efron or breslow."},
       {"no status", [](auto& d) { d.Status.clear(); }, "--status is missing: name the censoring indicator."},
       {"an event code alone", [](auto& d) { d.EventCode = "dead"; },
        "--censored is missing: name the code of a censored case."},
@@ -204,7 +204,8 @@ TEST(CheckDefinition, RefusesWhatIsWrongWithoutATable) {
          d.Select = "best";
          d.Factors = {"arm"};
        },
-       "--select best compares single columns and is not offered with --factors: use forward, backward or stepwise."},
+       "--select best compares single columns and is not offered with --factors: use --select forward, backward or "
+       "stepwise."},
   };
   for (const auto& c : cases) {
     AnalysisDefinition definition = Least();

@@ -183,7 +183,7 @@ TEST(CheckResultDefinition, RefusesOptionsOfResultsThatAreNotShown) {
       const bool fits = std::find(c.results.begin(), c.results.end(), result) != c.results.end();
       EXPECT_EQ(RefusalOf(definition), fits ? std::string("(accepted)")
                                             : std::string(c.option) + " says something about a result that is not " +
-                                                  "shown: add " + named + " to --show.")
+                                                  "shown: add --show " + named + ".")
           << c.option << " with " << result;
     }
     ResultDefinition definition = ShowingAll();
@@ -205,7 +205,8 @@ TEST(ResolveResults, DefaultsAreThoseOfTheDialog) {
   EXPECT_TRUE(r.Resolved.LinearCombinations.empty());
   EXPECT_THAT(r.Resolved.Patterns, IsEmpty());
   EXPECT_EQ(r.Resolved.Survivor, SurvivorType::Breslow);
-  EXPECT_TRUE(r.Resolved.HasLimits);
+  EXPECT_TRUE(r.Resolved.HasSurvivorLimits);
+  EXPECT_TRUE(r.Resolved.HasHazardLimits);
   EXPECT_EQ(r.Resolved.SurvivorCI, SurvivorCIType::Normal);
   EXPECT_EQ(r.Resolved.Transform, TimeTransform::Identity);
   EXPECT_EQ(r.Resolved.Confidence, 0.95);
@@ -220,12 +221,14 @@ TEST(ResolveResults, TakesTheWordsAsSettings) {
   const Resolution r(definition, Trial());
   EXPECT_EQ(r.Refusal, "");
   EXPECT_EQ(r.Resolved.Survivor, SurvivorType::KaplanMeier);
-  EXPECT_TRUE(r.Resolved.HasLimits);
+  EXPECT_TRUE(r.Resolved.HasSurvivorLimits);
+  EXPECT_TRUE(r.Resolved.HasHazardLimits);
   EXPECT_EQ(r.Resolved.SurvivorCI, SurvivorCIType::LogLog);
   EXPECT_EQ(r.Resolved.Transform, TimeTransform::Rank);
   EXPECT_EQ(r.Resolved.Confidence, 0.9);
   definition.CI = "none";
-  EXPECT_FALSE(Resolution(definition, Trial()).Resolved.HasLimits);
+  EXPECT_FALSE(Resolution(definition, Trial()).Resolved.HasSurvivorLimits);
+  EXPECT_FALSE(Resolution(definition, Trial()).Resolved.HasHazardLimits);
 }
 
 TEST(ResolveResults, TimeCovariatesHaveNoResultsOfCurvesAndCases) {

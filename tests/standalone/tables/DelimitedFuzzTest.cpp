@@ -175,8 +175,8 @@ std::string Outcome(const std::string& text, bool preferTab) {
 // A quote sends a line through the parser of quoted text; without one it is split at once.
 TEST(DelimitedFuzz, AQuotedFirstFieldDoesNotChangeTheRestOfItsLine) {
   std::mt19937_64 random(31);
-  const std::string values[] = {"1", "",     "2.5",      " x ",  "1970-01-02", "NA", "\t7",    "7\t", " ",
-                                ".", "a  b", "-1e-300", "1e999", "\xC3\xA4", "'",  "two\tof", "+3"};
+  const std::string values[] = {"1", "",     "2.5",     " x ",   "1970-01-02", "NA", "\t7",     "7\t", " ",
+                                ".", "a  b", "-1e-300", "1e999", "\xC3\xA4",   "'",  "two\tof", "+3"};
   int read = 0;
   for (int round = 0; round < 3000; ++round) {
     const char delimiter = ",;\t"[round % 3];

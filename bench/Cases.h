@@ -12,6 +12,7 @@ inline constexpr char Columns[] = "columns";                 // p, or the column
 inline constexpr char MultiplyAdds[] = "madds";              // in one iteration, see MultiplyAddsOfPass
 inline constexpr char Bytes[] = "bytes";                     // read in one iteration
 inline constexpr char PeakBytes[] = "peak";                  // memory that one iteration adds at its peak
+inline constexpr char PlainSeconds[] = "plain_s";            // what the plain form of the pass takes
 inline constexpr char Passes[] = "passes";                   // over the cases in one iteration
 inline constexpr char ScanSeconds[] = "scan_s";              // what a plain scan of the same bytes takes
 inline constexpr char Events[] = "events";                   // complete cases

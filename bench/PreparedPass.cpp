@@ -2,10 +2,12 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "Cases.h"
 #include "LatestCase.h"
+#include "MachineSpeed.h"
 #include "fit/FloatingPointRegime.h"
 
 namespace orv::bench {
@@ -49,6 +51,22 @@ LikelihoodValues PreparedPass::Values() {
     for (std::size_t l = 0; l <= j; ++l) values.H.push_back(m_H[l][j]);
   }
   return values;
+}
+
+double PreparedPass::DigitsAgainstPlainForm() {
+  constexpr double kEnoughSeconds = 0.3;
+  constexpr int kMostEvaluations = 5;
+  testing::PlainPass plain = m_analysis.MakePlainPass();
+  testing::PlainValue value;
+  const double start = ThreadSeconds();
+  double end = start;
+  for (int k = 0; k < kMostEvaluations && end - start < kEnoughSeconds; ++k) {
+    const double before = end;
+    value = plain.Evaluate(m_beta.data());
+    end = ThreadSeconds();
+    PlainSeconds = k == 0 ? end - before : std::min(PlainSeconds, end - before);
+  }
+  return DigitsAgainst({value.L, {value.U.begin(), value.U.end()}, {value.H.begin(), value.H.end()}});
 }
 
 PreparedPass* LatestPass(benchmark::State& state,

@@ -58,8 +58,10 @@ TableColumn ColumnsTitled(const char* title) {
 }
 
 std::vector<TableColumn> ColumnsOfPass() {
-  return {kCases,      ColumnsTitled("p"), kTime,    kPerCase, kRate,  kOfPeak,
-          kOfPortable, kRowBytes,          kOfTriad, kSpread,  kAnswer};
+  const TableColumn timesPlain{
+      "x plain", 9, [](const auto& r, const auto&) { return Fixed(r.Figure(Figures::PlainSeconds) / r.Seconds, 1); }};
+  return {kCases,     ColumnsTitled("p"), kTime,    kPerCase, kRate,  kOfPeak,
+          timesPlain, kRowBytes,          kOfTriad, kSpread,  kAnswer};
 }
 
 // A group whose name begins with that of another stands before it.

@@ -84,12 +84,28 @@ CCoxFit& SurvivalAnalysis::Fit() {
   return *m_analysis.m_pCoxFit;
 }
 
+CaseColumns SurvivalAnalysis::Columns() const {
+  const CCoxData& data = *m_analysis.m_pCoxData;
+  const bool intervals = m_kind.Start != Starts::None;
+  return {intervals ? data.StopColumn : data.SurvivalColumn, data.WeightColumn, data.StatusColumn, data.StratumColumn};
+}
+
+testing::PlainPass SurvivalAnalysis::MakePlainPass() {
+  const CCoxData& data = *m_analysis.m_pCoxData;
+  const testing::PlainCases cases{m_host,
+                                  data.CaseTable,
+                                  static_cast<int>(data.ValidCaseCount),
+                                  Columns(),
+                                  m_kind.Start != Starts::None ? data.StartColumn : -1,
+                                  static_cast<int>(data.CoefficientCount)};
+  return {cases, m_kind.Efron ? 1 : 0};
+}
+
 std::unique_ptr<PartialLikelihood> SurvivalAnalysis::MakePass() {
   const CCoxData& data = *m_analysis.m_pCoxData;
   const bool intervals = m_kind.Start != Starts::None;
   const int n = static_cast<int>(data.ValidCaseCount);
-  const CaseColumns columns{intervals ? data.StopColumn : data.SurvivalColumn, data.WeightColumn, data.StatusColumn,
-                            data.StratumColumn};
+  const CaseColumns columns = Columns();
   std::vector<int> design(data.CoefficientCount);
   std::iota(design.begin(), design.end(), 0);
   const int efronStep = m_kind.Efron ? 1 : 0;
@@ -126,8 +142,7 @@ std::unique_ptr<PartialLikelihood> SurvivalAnalysis::MakeTimeDependentPass() {
     if (error != 0) throw NumericalFailure();
     return result;
   };
-  const CaseColumns columns{data.SurvivalColumn, data.WeightColumn, data.StatusColumn, data.StratumColumn};
-  return std::make_unique<TimeDependentPass>(m_host, data.CaseTable, static_cast<int>(data.ValidCaseCount), columns,
+  return std::make_unique<TimeDependentPass>(m_host, data.CaseTable, static_cast<int>(data.ValidCaseCount), Columns(),
                                              design, value, m_kind.Efron ? 1 : 0);
 }
 

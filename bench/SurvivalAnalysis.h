@@ -10,6 +10,7 @@
 #include "fit/CCoxFit.h"
 #include "fit/PartialLikelihood.h"
 #include "standalone/host/StandaloneHost.h"
+#include "support/PlainPass.h"
 
 namespace orv::bench {
 
@@ -30,6 +31,8 @@ class SurvivalAnalysis {
   // The pass of a fit over the cases, which must have been read and must outlive it: all design columns, in the scale
   // of the table. Throws std::runtime_error when memory is out.
   std::unique_ptr<PartialLikelihood> MakePass();
+  // The same pass in its plain form. REQUIRES: Breslow's or Efron's rule, no effect that changes with time.
+  testing::PlainPass MakePlainPass();
 
   // The options, for what is not of the kind of data.
   CoxSettings& Settings() { return m_analysis.m_Settings; }
@@ -42,6 +45,7 @@ class SurvivalAnalysis {
  private:
   [[noreturn]] void Refuse() const;
   std::unique_ptr<PartialLikelihood> MakeTimeDependentPass();
+  CaseColumns Columns() const;
 
   const SurvivalKind m_kind;
   MemoryTable m_table;

@@ -16,9 +16,9 @@ namespace {
 
 constexpr double kLongestTime = 2.5;  // heavy ties: the follow-up ends here
 constexpr double kGrid = kTimes / kLongestTime;
-constexpr double kMeanCensoring = 1.5;  // the mean event time is about 1
-constexpr double kMeanVisit = 1.0;      // from one measurement of a subject to the next
-constexpr double kMeanEntry = 0.5;      // of the subjects that enter late, which is every second
+constexpr double kMeanCensoring = 0.43;  // the mean event time is about 1
+constexpr double kMeanVisit = 1.0;       // from one measurement of a subject to the next
+constexpr double kMeanEntry = 0.5;       // of the subjects that enter late, which is every second
 
 // The rows of a table under way.
 struct Columns {

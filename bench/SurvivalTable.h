@@ -31,7 +31,7 @@ inline constexpr char kTimeDependentEffect[] = "x1*log(T_+1)";
 
 // Variables in this order: `covariates` predictors (every third is 0 or 1, the others standard normal), "time" (the
 // stop of an interval), "status" (1 complete, 0 censored), with strata "stratum", and with starts "start". Times are
-// exponential with proportional hazards. About 60 of 100 right-censored rows are complete, and with starts 40; of a
+// exponential with proportional hazards. About 30 of 100 right-censored rows are complete, and with starts 23; of a
 // table of tied events exactly 60 in 100, so that 3/5 of `cases` should be a multiple of TiedEvents.
 MemoryTable MakeSurvivalTable(const SurvivalKind& kind, int cases, int covariates);
 

@@ -32,13 +32,16 @@ subsets, without a fit.
 
 Each case is checked before it is timed. Times are CPU times of the one thread, medians over the runs; the spread is
 the middle half of the runs relative to the median.
-  answer       digits to which the result agrees with the definition computed in long double; discrete: that on a small
+  answer       digits to which the result agrees with the definition computed in long double; pass and interval: that
+               on a small table, and the plain form of the pass on this one; discrete: that on a small
                table, and the two forms of input with each other on this one; subsets: with the recursion; derived:
                totals with what they must be
   Gmadd/s      1e9 multiply-adds per second: p (p + 1) / 2 + p for each case that enters a risk-set sum or leaves it,
                for each event in a sum over tied events (Efron) and for each event term; exponentials and divisions
                are not counted
   of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
+  x plain      the time of the plain form of the pass, which updates a p by p matrix for every row and every event, in
+               the same build and on the same table, against the time of the pass
   GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache);
                of read: the bytes of the file per second against it.
                A row that leaves a risk set is read a second time, out of the order of the table

@@ -34,12 +34,6 @@ class CaseTable {
     __builtin_prefetch(cells + m_columns - 1);
   }
 
-  // The same for a walk from the last row to the first: a row that is some rows further on, if there is one.
-  void PrefetchBefore(int row) const {
-    constexpr int kRowsAhead = 6;
-    if (row > kRowsAhead) Prefetch(row - kRowsAhead);
-  }
-
   // The listed columns of the rows that meet a condition.
   //   columns    "1-4", "1-4 6" or "1-4 6-8": numbers from 1, ascending
   //   condition  "v5=0": column 5 holds 0. Empty: all rows

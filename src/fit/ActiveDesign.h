@@ -14,6 +14,7 @@ class ActiveDesign {
       : m_columns(columns), m_isLeading(AreLeading(columns)), m_values(host, columns.size()) {}
 
   bool Failed() const { return m_values.Failed(); }
+  bool IsLeading() const { return m_isLeading; }  // the columns are the first p
   int Count() const { return static_cast<int>(m_columns.size()); }
 
   // Valid until the next call. Points into the row when the columns are the first p.

@@ -3,10 +3,10 @@
 
 #include <vector>
 
-#include "fit/ActiveDesign.h"
 #include "fit/IntervalRiskSet.h"
 #include "fit/PartialLikelihood.h"
 #include "fit/RiskSums.h"
+#include "fit/RowsAhead.h"
 #include "fit/TieTable.h"
 
 namespace orv {
@@ -35,7 +35,8 @@ class CountingPass : public PartialLikelihood {
   const int m_n;
   const CaseColumns m_columns;
   TieTable m_ties;
-  ActiveDesign m_design;
+  const int m_p;
+  RowsAhead m_rows;
   RiskSums m_sums;
   IntervalRiskSet m_riskSet;
 };

@@ -26,29 +26,40 @@ inline constexpr std::size_t kVectorDoubles = 8;
   return ((order + kVectorDoubles - 1) / kVectorDoubles | 1U) * kVectorDoubles;
 }
 
-// Vectors that a comment calls padded have as many elements as a row of a block, with zeros from place p on.
+// Vectors that a comment calls padded have as many elements as a row of a block, with zeros from place p on. Lists of
+// numbers for each row of a block have room for whole vectors of kVectorDoubles.
 struct PassKernels {
   const char* VectorUnit;  // for reports
 
   // The linear predictor: sum of x_j beta_j over p elements.
   double (*LinearPredictor)(const double* x, const double* beta, int p);
 
-  // weighted := weight x, sum += weight x. Padded.
-  void (*Weigh)(const double* x, double weight, double* weighted, double* sum, int p);
+  // eta_i := B_i times beta for count rows, and 0 up to the next whole vector. beta padded.
+  void (*LinearPredictors)(const double* B, const double* beta, double* eta, int count, int p);
+
+  // results_i := exp(eta_i) for count numbers, to within 0.7 units in the last place. The status flags are left as by
+  // the library's function.
+  void (*Exponentials)(const double* eta, double* results, int count);
+
+  // B_i := the p values at cells + i distance, for count rows.
+  void (*CopyRows)(const double* cells, std::size_t distance, double* B, int count, int p);
+
+  // copy := x, sum += weight x. Padded; copy may be x.
+  void (*Join)(const double* x, double weight, double* copy, double* sum, int p);
 
   // y += factor x. Padded.
   void (*AddScaled)(double* y, const double* x, double factor, int p);
 
-  // mean := factor x, weighted := -weight mean, sum -= weight mean. Padded.
-  void (*TakeMean)(const double* x, double factor, double weight, double* mean, double* weighted, double* sum, int p);
+  // y := factor x. Padded.
+  void (*Scale)(double* y, const double* x, double factor, int p);
 
-  // scaled_i := factors_i B_i for count rows.
-  void (*ScaleRows)(const double* B, const double* factors, double* scaled, int count, int p);
+  // sum += factors_i B_i over count rows. Padded.
+  void (*AddCombination)(double* sum, const double* B, const double* factors, int count, int p);
 
-  // C_jl += sum over i of A_ij B_il for l <= j: count rows A_i and B_i, p rows of C. What stands to the right of the
+  // C_jl += sum over i of factors_i B_ij B_il for l <= j: count rows B_i, p rows of C. What stands to the right of the
   // diagonal of C is work space up to the next whole vector.
   // The sum over i is formed first, i ascending, and then added.
-  void (*AddOuterProducts)(double* C, const double* A, const double* B, int count, int p);
+  void (*AddOuterProducts)(double* C, const double* B, const double* factors, int count, int p);
 };
 
 // The clone for this machine.

@@ -3,9 +3,9 @@
 
 #include <vector>
 
-#include "fit/ActiveDesign.h"
 #include "fit/PartialLikelihood.h"
 #include "fit/RiskSums.h"
+#include "fit/RowsAhead.h"
 #include "fit/TieTable.h"
 
 namespace orv {
@@ -28,7 +28,7 @@ class RightCensoredPass : public PartialLikelihood {
                     const std::vector<int>& activeColumns,
                     int efronStep);
 
-  bool Failed() const override { return m_ties.Failed() || m_design.Failed() || m_sums.Failed(); }
+  bool Failed() const override { return m_ties.Failed() || m_rows.Failed() || m_sums.Failed(); }
   double Evaluate(const double* beta, double* U, double** H) override;
 
  private:
@@ -36,7 +36,8 @@ class RightCensoredPass : public PartialLikelihood {
   const int m_n;
   const CaseColumns m_columns;
   TieTable m_ties;
-  ActiveDesign m_design;
+  const int m_p;
+  RowsAhead m_rows;
   RiskSums m_sums;
 };
 

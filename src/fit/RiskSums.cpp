@@ -31,26 +31,22 @@ RiskSums::RiskSums(Host& host, int p, int efronStep, const PassKernels& kernels)
       m_E1(host, 1, p),
       m_U(host, 1, p),
       m_block(host, kBlockRows, p),
-      m_weighted(host, kBlockRows, p),
-      m_scaled(host, kBlockRows, p),
       m_wr(host, kBlockRows),
       m_eventWr(host, kBlockRows),
+      m_eventWeight(host, kBlockRows),
       m_share(host, kBlockRows),
       m_reciprocal(host, kBlockRows + 1),
       m_S2(host, p, p),
       m_E2(host, p, p),
       m_H(host, p, p),
       m_means(host, kMeanRows, p),
-      m_weightedMeans(host, kMeanRows, p),
-      m_u(host, 1, p),
-      m_v(host, 1, p),
-      m_unused(host, 1, p) {}
+      m_meanWeight(host, kMeanRows),
+      m_scoreWeight(host, kMeanRows) {}
 
 bool RiskSums::Failed() const {
-  return m_S1.Failed() || m_E1.Failed() || m_U.Failed() || m_block.Failed() || m_weighted.Failed() ||
-         m_scaled.Failed() || m_wr.Failed() || m_eventWr.Failed() || m_share.Failed() || m_reciprocal.Failed() ||
-         m_S2.Failed() || m_E2.Failed() || m_H.Failed() || m_means.Failed() || m_weightedMeans.Failed() ||
-         m_u.Failed() || m_v.Failed() || m_unused.Failed();
+  return m_S1.Failed() || m_E1.Failed() || m_U.Failed() || m_block.Failed() || m_wr.Failed() || m_eventWr.Failed() ||
+         m_eventWeight.Failed() || m_share.Failed() || m_reciprocal.Failed() || m_S2.Failed() || m_E2.Failed() ||
+         m_H.Failed() || m_means.Failed() || m_meanWeight.Failed() || m_scoreWeight.Failed();
 }
 
 void RiskSums::StartPass() {
@@ -79,20 +75,32 @@ void RiskSums::ClearRiskSet() {
 
 void RiskSums::ClearEvents() {
   m_E0 = 0.0;
-  m_E1.Clear();
-  if (m_hasE2) m_E2.Clear();
-  m_hasE2 = false;
   m_firstOfGroup = m_count;
+  if (!m_hasE2) return;
+  m_E1.Clear();
+  m_E2.Clear();
+  m_hasE2 = false;
 }
 
 void RiskSums::Join(const double* x, double wr) {
   if (m_count == kBlockRows) FlushBlock();
+  double* row = m_block.Row(m_count);
+  std::copy_n(x, m_p, row);
+  Enter(row, wr);
+}
+
+void RiskSums::JoinPadded(const double* x, double wr) {
+  if (m_count == kBlockRows) FlushBlock();
+  Enter(x, wr);
+}
+
+void RiskSums::Enter(const double* x, double wr) {
   const auto at = static_cast<std::size_t>(m_count);
-  std::copy_n(x, m_p, m_block.Row(m_count));
-  m_kernels.Weigh(m_block.Row(m_count), wr, m_weighted.Row(m_count), m_S1.Row(0), m_p);
+  m_kernels.Join(x, wr, m_block.Row(m_count), m_S1.Row(0), m_p);
   m_S0.Add(wr);
   m_wr[at] = wr;
   m_eventWr[at] = 0.0;
+  m_eventWeight[at] = 0.0;
   m_share[at] = 0.0;
   ++m_count;
 }
@@ -100,14 +108,12 @@ void RiskSums::Join(const double* x, double wr) {
 void RiskSums::AddEvent() {
   const auto at = static_cast<std::size_t>(m_count - 1);
   m_E0 += m_wr[at];
-  if (m_efronStep == 0) return;
-  m_eventWr[at] = m_wr[at];
-  m_kernels.AddScaled(m_E1.Row(0), m_weighted.Row(m_count - 1), 1.0, m_p);
+  if (m_efronStep != 0) m_eventWr[at] = m_wr[at];
 }
 
 void RiskSums::AddEvent(double eta, double weight, CompensatedSum& L) {
   L.Add(eta * weight);
-  m_kernels.AddScaled(m_U.Row(0), m_block.Row(m_count - 1), weight, m_p);
+  m_eventWeight[static_cast<std::size_t>(m_count - 1)] = weight;
   AddEvent();
 }
 
@@ -147,7 +153,7 @@ void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, Compens
     TakeLineOfMeans(q, weight, meanWeight, terms);
     SettleEvents(terms.Fractions);
   } else {
-    AddMean(m_S1.Row(0), q, weight, m_U.Row(0));
+    m_kernels.Scale(NextMean(weight, weight), m_S1.Row(0), q, m_p);
   }
   m_reciprocal[static_cast<std::size_t>(m_count)] += terms.Reciprocals;
   if (m_efronStep != 0) {
@@ -159,28 +165,40 @@ void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, Compens
 
 // The means a = u + g v of a tied group: their mean, as often as there are events, and their spread along v.
 void RiskSums::TakeLineOfMeans(double q, double weight, double meanWeight, const GroupTerms& terms) {
-  double* u = m_u.Row(0);
-  double* v = m_v.Row(0);
-  m_u.Clear();
-  m_v.Clear();
-  m_kernels.AddScaled(u, m_S1.Row(0), q, m_p);
+  if (m_meanCount + 2 > kMeanRows) FlushMeans();
+  double* u = NextMean(weight, weight);
+  double* v = NextMean(meanWeight * terms.SpreadOfPlace, 0.0);
+  std::copy_n(m_E1.Row(0), m_p, v);
+  SumOpenEvents(v);
+  m_kernels.Scale(u, m_S1.Row(0), q, m_p);
+  m_kernels.Scale(v, v, -q, m_p);
   m_kernels.AddScaled(v, u, m_E0 * q, m_p);
-  m_kernels.AddScaled(v, m_E1.Row(0), -q, m_p);
   m_kernels.AddScaled(u, v, terms.MeanPlace, m_p);
-  AddMean(u, 1.0, weight, m_U.Row(0));
-  AddMean(v, 1.0, meanWeight * terms.SpreadOfPlace, m_unused.Row(0));
 }
 
-// a = factor x into the sum of weight a a' that H loses, and into a sum that loses weight a.
-void RiskSums::AddMean(const double* x, double factor, double weight, double* sum) {
+// The open group's events of the block into E1.
+void RiskSums::SumOpenEvents(double* E1) {
+  const int first = m_firstOfGroup;
+  m_kernels.AddCombination(E1, m_block.Row(first), m_eventWr.Data() + first, m_count - first, m_p);
+}
+
+// Room for a mean a, of which H loses weight a a' and the score scoreWeight a.
+double* RiskSums::NextMean(double weight, double scoreWeight) {
   if (m_meanCount == kMeanRows) FlushMeans();
-  m_kernels.TakeMean(x, factor, weight, m_means.Row(m_meanCount), m_weightedMeans.Row(m_meanCount), sum, m_p);
-  ++m_meanCount;
+  const auto at = static_cast<std::size_t>(m_meanCount);
+  m_meanWeight[at] = -weight;
+  m_scoreWeight[at] = -scoreWeight;
+  return m_means.Row(m_meanCount++);
 }
 
 void RiskSums::FlushMeans() {
-  m_kernels.AddOuterProducts(m_H.Row(0), m_weightedMeans.Row(0), m_means.Row(0), m_meanCount, m_p);
+  m_kernels.AddOuterProducts(m_H.Row(0), m_means.Row(0), m_meanWeight.Data(), m_meanCount, m_p);
+  m_kernels.AddCombination(m_U.Row(0), m_means.Row(0), m_scoreWeight.Data(), m_meanCount, m_p);
   m_meanCount = 0;
+}
+
+void RiskSums::AddEventsToScore() {
+  m_kernels.AddCombination(m_U.Row(0), m_block.Row(0), m_eventWeight.Data(), m_count, m_p);
 }
 
 // The events of the group that closes lose `share` of their part in H.
@@ -201,13 +219,13 @@ void RiskSums::AddToInformation(const PaddedRows& M, double factor) {
 // The open group's events so far go into E2, since their rows leave the block or their risk set ends.
 void RiskSums::CarryOpenEvents() {
   const int first = m_firstOfGroup;
-  m_firstOfGroup = m_count;
   const double* eventWr = m_eventWr.Data();
-  if (std::all_of(eventWr + first, eventWr + m_count, [](double wr) { return wr == 0.0; })) return;
-  const int count = m_count - first;
-  m_kernels.ScaleRows(m_block.Row(first), eventWr + first, m_scaled.Row(0), count, m_p);
-  m_kernels.AddOuterProducts(m_E2.Row(0), m_scaled.Row(0), m_block.Row(first), count, m_p);
-  m_hasE2 = true;
+  if (std::any_of(eventWr + first, eventWr + m_count, [](double wr) { return wr != 0.0; })) {
+    SumOpenEvents(m_E1.Row(0));
+    m_kernels.AddOuterProducts(m_E2.Row(0), m_block.Row(first), eventWr + first, m_count - first, m_p);
+    m_hasE2 = true;
+  }
+  m_firstOfGroup = m_count;
 }
 
 // The rows of the risk set take what the groups that closed have left for them.
@@ -229,8 +247,7 @@ void RiskSums::SettleSegment() {
 void RiskSums::AddBlockToInformation() {
   int count = m_count;
   while (count > 0 && m_share[static_cast<std::size_t>(count) - 1] == 0.0) --count;
-  m_kernels.ScaleRows(m_block.Row(0), m_share.Data(), m_scaled.Row(0), count, m_p);
-  m_kernels.AddOuterProducts(m_H.Row(0), m_scaled.Row(0), m_block.Row(0), count, m_p);
+  m_kernels.AddOuterProducts(m_H.Row(0), m_block.Row(0), m_share.Data(), count, m_p);
 }
 
 void RiskSums::FlushBlock() {
@@ -238,8 +255,9 @@ void RiskSums::FlushBlock() {
   const int first = m_segment;
   SettleSegment();
   AddBlockToInformation();
-  m_kernels.AddOuterProducts(m_S2.Row(0), m_weighted.Row(first), m_block.Row(first), m_count - first, m_p);
+  m_kernels.AddOuterProducts(m_S2.Row(0), m_block.Row(first), m_wr.Data() + first, m_count - first, m_p);
   m_hasS2 = true;
+  AddEventsToScore();
   m_count = 0;
   m_segment = 0;
   m_firstOfGroup = 0;
@@ -248,6 +266,7 @@ void RiskSums::FlushBlock() {
 void RiskSums::EndPass(double* U, double** H) {
   SettleSegment();
   AddBlockToInformation();
+  AddEventsToScore();
   FlushMeans();
   m_count = 0;
   m_segment = 0;

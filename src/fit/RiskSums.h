@@ -44,6 +44,8 @@ class RiskSums {
 
   // A row joins the risk set. x: p values, which are copied.
   void Join(const double* x, double wr);
+  // The same for values that are padded as a row of a block.
+  void JoinPadded(const double* x, double wr);
   // A row leaves it.
   void Leave(const double* x, double wr) { Join(x, -wr); }
   // The row that joined last is an event of the open group.
@@ -64,10 +66,13 @@ class RiskSums {
   // What the terms of a group come to.
   struct GroupTerms;
 
+  void Enter(const double* x, double wr);
   GroupTerms TermsOf(double events, double meanWeight, bool atZero, CompensatedSum& L) const;
   void TakeLineOfMeans(double q, double weight, double meanWeight, const GroupTerms& terms);
-  void AddMean(const double* x, double factor, double weight, double* sum);
+  double* NextMean(double weight, double scoreWeight);
   void FlushMeans();
+  void AddEventsToScore();
+  void SumOpenEvents(double* E1);
   void SettleEvents(double share);
   void CarryOpenEvents();
   void AddToInformation(const PaddedRows& M, double factor);
@@ -81,20 +86,19 @@ class RiskSums {
   CompensatedSum m_S0;
   double m_E0 = 0.0;
   PaddedRows m_S1;
-  PaddedRows m_E1;
+  PaddedRows m_E1;  // of the open group's events before the block; with m_hasE2
   PaddedRows m_U;
 
   // The rows that wait. Those before m_segment belong to risk sets that are done with.
-  PaddedRows m_block;     // x
-  PaddedRows m_weighted;  // wr x
-  PaddedRows m_scaled;    // work area: x times its share in H
+  PaddedRows m_block;
   int m_count = 0;
   int m_segment = 0;
-  int m_firstOfGroup = 0;          // the first row after the group that closed last
-  WorkArray<double> m_wr;          // a row
-  WorkArray<double> m_eventWr;     // a row: wr of an event of the open group, 0 of others
-  WorkArray<double> m_share;       // a row: its share in H
-  WorkArray<double> m_reciprocal;  // by number of rows: sum of m / D over the groups that closed on so many
+  int m_firstOfGroup = 0;           // the first row after the group that closed last
+  WorkArray<double> m_wr;           // a row
+  WorkArray<double> m_eventWr;      // a row: wr of an event of the open group, 0 of others
+  WorkArray<double> m_eventWeight;  // a row: what its values bring into the score
+  WorkArray<double> m_share;        // a row: its share in H
+  WorkArray<double> m_reciprocal;   // by number of rows: sum of m / D over the groups that closed on so many
 
   PaddedRows m_S2;  // of the rows of the risk set before the block
   PaddedRows m_E2;  // of the open group's events before the block
@@ -102,12 +106,10 @@ class RiskSums {
   bool m_hasS2 = false;
   bool m_hasE2 = false;
 
-  PaddedRows m_means;          // of the groups, one after the other
-  PaddedRows m_weightedMeans;  // minus their weights times them
+  PaddedRows m_means;               // of the groups, one after the other
+  WorkArray<double> m_meanWeight;   // minus the weights in H
+  WorkArray<double> m_scoreWeight;  // minus the weights in U
   int m_meanCount = 0;
-  PaddedRows m_u;  // work areas of a group
-  PaddedRows m_v;
-  PaddedRows m_unused;
 };
 
 }  // namespace orv

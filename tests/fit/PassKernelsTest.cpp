@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfenv>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -70,6 +72,12 @@ class PassKernelsOf : public ::testing::TestWithParam<int> {
     }
   }
 
+  std::vector<double> RandomNumbers(int count) {
+    std::vector<double> numbers;
+    for (int i = 0; i < count; ++i) numbers.push_back(m_random.Value());
+    return numbers;
+  }
+
   HeapOnlyHost m_host;
   TestRandom m_random{11};
 };
@@ -77,21 +85,22 @@ class PassKernelsOf : public ::testing::TestWithParam<int> {
 TEST_P(PassKernelsOf, OuterProductsAreThoseOfThePlainTripleLoop) {
   for (int p = 0; p <= kMostColumns; ++p) {
     for (const int count : {0, 1, 2, 7, 31, 64}) {
-      PaddedRows A(m_host, count, p);
       PaddedRows B(m_host, count, p);
       PaddedRows C(m_host, p, p);
-      Fill(A, count, p);
+      const std::vector<double> factors = RandomNumbers(count);
       Fill(B, count, p);
       Fill(C, p, p);
       std::vector<long double> expected;
       for (int j = 0; j < p; ++j) {
         for (int l = 0; l <= j; ++l) {
           long double sum = C.Row(j)[l];
-          for (int i = 0; i < count; ++i) sum += static_cast<long double>(A.Row(i)[j]) * B.Row(i)[l];
+          for (int i = 0; i < count; ++i) {
+            sum += static_cast<long double>(factors[static_cast<std::size_t>(i)]) * B.Row(i)[j] * B.Row(i)[l];
+          }
           expected.push_back(sum);
         }
       }
-      Kernels().AddOuterProducts(C.Row(0), A.Row(0), B.Row(0), count, p);
+      Kernels().AddOuterProducts(C.Row(0), B.Row(0), factors.data(), count, p);
       std::size_t at = 0;
       for (int j = 0; j < p; ++j) {
         for (int l = 0; l <= j; ++l) {
@@ -106,31 +115,63 @@ TEST_P(PassKernelsOf, OuterProductsAreThoseOfThePlainTripleLoop) {
 TEST_P(PassKernelsOf, LinearPredictorIsThatOfThePlainLoop) {
   for (int p = 0; p <= kMostColumns; ++p) {
     // Without room behind the last element: reading beyond it would be seen by the sanitizer.
-    std::vector<double> x;
-    std::vector<double> beta;
-    for (int j = 0; j < p; ++j) {
-      x.push_back(m_random.Value());
-      beta.push_back(m_random.Value());
-    }
+    const std::vector<double> x = RandomNumbers(p);
+    const std::vector<double> beta = RandomNumbers(p);
     EXPECT_NEAR(Kernels().LinearPredictor(x.data(), beta.data(), p), LinearPredictor(x.data(), beta.data(), p),
                 1e-15 * (p + 1))
         << p;
   }
 }
 
+TEST_P(PassKernelsOf, LinearPredictorsOfABlockAreThoseOfItsRows) {
+  for (int p = 0; p <= kMostColumns; ++p) {
+    for (const int count : {1, 7, 8, 13}) {
+      PaddedRows B(m_host, count, p);
+      PaddedRows beta(m_host, 1, p);
+      Fill(B, count, p);
+      Fill(beta, 1, p);
+      std::vector<double> eta(2 * kVectorDoubles, kGuard);
+      Kernels().LinearPredictors(B.Row(0), beta.Row(0), eta.data(), count, p);
+      for (int i = 0; i < count; ++i) {
+        ASSERT_NEAR(eta[static_cast<std::size_t>(i)], LinearPredictor(B.Row(i), beta.Row(0), p), 1e-15 * (p + 1)) << p;
+      }
+      for (int i = count; i % static_cast<int>(kVectorDoubles) != 0; ++i) {
+        ASSERT_EQ(eta[static_cast<std::size_t>(i)], 0.0) << "to the next whole vector";
+      }
+    }
+  }
+}
+
+TEST_P(PassKernelsOf, RowsAreCopiedElementByElement) {
+  constexpr int kRows = 3;
+  for (int p = 0; p <= kMostColumns; ++p) {
+    // The last row ends with the store: reading beyond it would be seen by the sanitizer.
+    const std::size_t distance = static_cast<std::size_t>(p) + 2;
+    const std::vector<double> cells = RandomNumbers(static_cast<int>(distance) * (kRows - 1) + p);
+    PaddedRows B(m_host, kRows, p);
+    Kernels().CopyRows(cells.data(), distance, B.Row(0), kRows, p);
+    for (int i = 0; i < kRows; ++i) {
+      for (int j = 0; j < static_cast<int>(PaddedOrder(static_cast<std::size_t>(p))); ++j) {
+        const std::size_t at = static_cast<std::size_t>(i) * distance + static_cast<std::size_t>(j);
+        ASSERT_EQ(B.Row(i)[j], j < p ? cells[at] : 0.0) << "p " << p << ", row " << i << ", place " << j;
+      }
+    }
+  }
+}
+
 TEST_P(PassKernelsOf, VectorKernelsDoWhatTheirFormulasSay) {
   for (int p = 1; p <= kMostColumns; ++p) {
-    PaddedRows x(m_host, 2, p);
+    PaddedRows x(m_host, 1, p);
     PaddedRows out(m_host, 2, p);
-    PaddedRows more(m_host, 1, p);
     PaddedRows sum(m_host, 2, p);
-    Fill(x, 2, p);
+    Fill(x, 1, p);
     Fill(sum, 1, p);
+    out.Row(1)[0] = kGuard;
     sum.Row(1)[0] = kGuard;
     std::vector<double> before(sum.Row(0), sum.Row(0) + p);
-    Kernels().Weigh(x.Row(0), 0.75, out.Row(0), sum.Row(0), p);
+    Kernels().Join(x.Row(0), 0.75, out.Row(0), sum.Row(0), p);
     for (int j = 0; j < p; ++j) {
-      ASSERT_EQ(out.Row(0)[j], 0.75 * x.Row(0)[j]) << p;
+      ASSERT_EQ(out.Row(0)[j], x.Row(0)[j]) << p;
       ASSERT_NEAR(sum.Row(0)[j], before[static_cast<std::size_t>(j)] + 0.75 * x.Row(0)[j], 1e-15) << p;
     }
     before.assign(sum.Row(0), sum.Row(0) + p);
@@ -138,39 +179,89 @@ TEST_P(PassKernelsOf, VectorKernelsDoWhatTheirFormulasSay) {
     for (int j = 0; j < p; ++j) {
       ASSERT_NEAR(sum.Row(0)[j], before[static_cast<std::size_t>(j)] - 0.5 * x.Row(0)[j], 1e-15) << p;
     }
-    before.assign(sum.Row(0), sum.Row(0) + p);
-    Kernels().TakeMean(x.Row(0), 0.5, 3.0, out.Row(0), more.Row(0), sum.Row(0), p);
-    for (int j = 0; j < p; ++j) {
-      ASSERT_EQ(out.Row(0)[j], 0.5 * x.Row(0)[j]) << p;
-      ASSERT_EQ(more.Row(0)[j], -3.0 * (0.5 * x.Row(0)[j])) << p;
-      ASSERT_NEAR(sum.Row(0)[j], before[static_cast<std::size_t>(j)] - 1.5 * x.Row(0)[j], 1e-15) << p;
-    }
-    const double factors[] = {2.0, -3.0};
-    Kernels().ScaleRows(x.Row(0), factors, out.Row(0), 2, p);
-    for (int i = 0; i < 2; ++i) {
-      for (int j = 0; j < p; ++j) ASSERT_EQ(out.Row(i)[j], factors[i] * x.Row(i)[j]) << p;
-    }
+    Kernels().Scale(out.Row(0), x.Row(0), 0.3, p);
+    for (int j = 0; j < p; ++j) ASSERT_EQ(out.Row(0)[j], 0.3 * x.Row(0)[j]) << p;
+    ASSERT_EQ(out.Row(1)[0], kGuard) << "the next row is another vector, p " << p;
     ASSERT_EQ(sum.Row(1)[0], kGuard) << "the next row is another vector, p " << p;
+  }
+}
+
+TEST_P(PassKernelsOf, CombinationsAreSumsOverTheRows) {
+  for (int p = 1; p <= kMostColumns; ++p) {
+    for (const int count : {0, 1, 2, 5, 64}) {
+      PaddedRows B(m_host, count, p);
+      PaddedRows sum(m_host, 1, p);
+      Fill(B, count, p);
+      Fill(sum, 1, p);
+      const std::vector<double> factors = RandomNumbers(count);
+      std::vector<double> expected(sum.Row(0), sum.Row(0) + p);
+      for (int i = 0; i < count; ++i) {
+        for (int j = 0; j < p; ++j) {
+          expected[static_cast<std::size_t>(j)] += factors[static_cast<std::size_t>(i)] * B.Row(i)[j];
+        }
+      }
+      Kernels().AddCombination(sum.Row(0), B.Row(0), factors.data(), count, p);
+      for (int j = 0; j < p; ++j) {
+        ASSERT_NEAR(sum.Row(0)[j], expected[static_cast<std::size_t>(j)], 1e-15 * (count + 1)) << p << ' ' << count;
+      }
+    }
+  }
+}
+
+TEST_P(PassKernelsOf, ExponentialsAreHardlyMoreThanRounded) {
+  constexpr int kBlocks = 4000;
+  constexpr int kCount = 64;
+  const double scales[] = {1e-8, 0.34, 5.0, 690.0};
+  for (int block = 0; block < kBlocks; ++block) {
+    std::vector<double> eta = RandomNumbers(kCount);
+    for (double& x : eta) x *= scales[block % 4];
+    if (block == 0) std::fill(eta.begin(), eta.end(), 0.0);
+    std::vector<double> results(kCount);
+    Kernels().Exponentials(eta.data(), results.data(), kCount);
+    for (std::size_t i = 0; i < kCount; ++i) {
+      const long double exact = std::exp(static_cast<long double>(eta[i]));
+      const double unit = std::nextafter(static_cast<double>(exact), 1e308) - static_cast<double>(exact);
+      ASSERT_LT(std::abs(static_cast<double>((results[i] - exact) / unit)), 0.7) << "exp " << eta[i];
+    }
+    if (block == 0) {
+      ASSERT_EQ(results[5], 1.0);
+    }
+  }
+}
+
+// A risk beyond the range of numbers ends a step of the fit, one within it must not.
+TEST_P(PassKernelsOf, ExponentialsRaiseTheFlagsOfTheLibrarysFunction) {
+  constexpr int kCount = 16;
+  struct {
+    double Eta;
+    bool Overflows;
+  } const cases[] = {{700.0, false}, {709.0, false}, {710.0, true}, {1e300, true}, {-700.0, false}, {-1e300, false}};
+  for (const auto& c : cases) {
+    std::vector<double> eta(kCount, 0.5);
+    eta[9] = c.Eta;
+    std::vector<double> results(kCount);
+    std::feclearexcept(FE_ALL_EXCEPT);
+    Kernels().Exponentials(eta.data(), results.data(), kCount);
+    EXPECT_EQ(std::fetestexcept(FE_OVERFLOW) != 0, c.Overflows) << c.Eta;
+    EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO), 0) << c.Eta;
+    std::feclearexcept(FE_ALL_EXCEPT);
+    EXPECT_DOUBLE_EQ(results[9], std::exp(c.Eta));
+    EXPECT_NEAR(results[8], std::exp(0.5), 1e-15) << "its neighbour";
   }
 }
 
 // The flags of the processor end a fit, so none may rise where the numbers are in range.
 TEST_P(PassKernelsOf, PaddingRaisesNoFlags) {
   for (const int p : {1, 3, 12, 13, 20}) {
-    PaddedRows A(m_host, 3, p);
     PaddedRows B(m_host, 3, p);
     PaddedRows C(m_host, p, p);
-    for (int i = 0; i < 3; ++i) {
-      for (int j = 0; j < p; ++j) {
-        A.Row(i)[j] = 1e200;
-        B.Row(i)[j] = 1e100;
-      }
-    }
+    for (int i = 0; i < 3; ++i) std::fill_n(B.Row(i), p, 1e150);
+    const std::vector<double> factors = {1.0, 2.0, 1e-200};
     std::feclearexcept(FE_ALL_EXCEPT);
-    Kernels().AddOuterProducts(C.Row(0), A.Row(0), B.Row(0), 3, p);
+    Kernels().AddOuterProducts(C.Row(0), B.Row(0), factors.data(), 3, p);
     EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW), 0) << p;
-    A.Row(0)[p - 1] = 1e300;
-    Kernels().AddOuterProducts(C.Row(0), A.Row(0), B.Row(0), 3, p);
+    B.Row(0)[p - 1] = 1e160;
+    Kernels().AddOuterProducts(C.Row(0), B.Row(0), factors.data(), 3, p);
     EXPECT_NE(std::fetestexcept(FE_OVERFLOW), 0) << p;
     std::feclearexcept(FE_ALL_EXCEPT);
   }

@@ -193,11 +193,12 @@ class CCoxFit {
 
   // The baseline by stratum, in ascending order of stratum codes; one entry without strata. A curve begins with a point
   // at time 0 and has one more for each event time; the event lists have one element for each event time.
-  std::vector<BaselineCurve> m_BreslowCurves;                        // cumulative hazard at x = 0
-  std::vector<BaselineCurve> m_KaplanMeierCurves;                    // survivor at x = 0
-  std::vector<std::vector<double>> m_EventRiskSums;                  // S0: sum of w exp(x'b) over the risk set
-  std::vector<std::vector<double>> m_EventWeightSums;                // dN: weight of the events
-  std::vector<std::vector<std::vector<double>>> m_EventRiskMoments;  // S1: sum of w exp(x'b) x over the risk set
+  std::vector<BaselineCurve> m_BreslowCurves;          // cumulative hazard at x = 0
+  std::vector<BaselineCurve> m_KaplanMeierCurves;      // survivor at x = 0
+  std::vector<std::vector<double>> m_EventRiskSums;    // S0: sum of w exp(x'b) over the risk set
+  std::vector<std::vector<double>> m_EventWeightSums;  // dN: weight of the events
+  std::vector<std::vector<std::vector<double>>>
+      m_EventRiskMoments;  // S1: sum of w exp(x'b) x; see FillEventRiskMoments
   bool m_BreslowValid = true;
   bool m_KaplanMeierValid = true;
   int m_RootFindFailed = 0;  // the equation solver of the product-limit baseline failed

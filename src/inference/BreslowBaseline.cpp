@@ -17,11 +17,15 @@ namespace orv {
 
 namespace {
 
+// What a walk leaves with the fit.
+enum class Kept { Baseline, Moments };
+
 // Walks one stratum from its last row to its first, with the sums over the rows at risk.
 class StratumWalk {
  public:
-  StratumWalk(CCoxFit& fit, const StratumRows& stratum, TiedEvents& ties)
+  StratumWalk(CCoxFit& fit, const StratumRows& stratum, TiedEvents& ties, Kept kept)
       : m_fit(fit),
+        m_kept(kept),
         m_data(*fit.m_pData),
         m_stratum(stratum),
         m_ties(ties),
@@ -65,21 +69,32 @@ class StratumWalk {
     m_ties.Counts[at] = m_count;
     m_ties.MeanWeights[at] = m_meanWeight;
     if (m_count != 0 && AlmostEqual(Cells(row)[m_data.StatusColumn], 1.0)) {
-      m_times.push_back(Time(row));
-      m_riskSums.push_back(S0);
-      m_weightSums.push_back(m_count * m_meanWeight);
-      m_moments.push_back(S1);
+      Keep(row, S0, S1);
     }
     m_count = 0;
     m_meanWeight = 0.0;
   }
 
+  void Keep(int row, double S0, const std::vector<double>& S1) {
+    if (m_kept == Kept::Moments) {
+      m_moments.push_back(S1);
+      return;
+    }
+    m_times.push_back(Time(row));
+    m_riskSums.push_back(S0);
+    m_weightSums.push_back(m_count * m_meanWeight);
+  }
+
   // The walk found the event times from the last to the first.
   void Store() {
+    if (m_kept == Kept::Moments) {
+      std::reverse(m_moments.begin(), m_moments.end());
+      m_fit.m_EventRiskMoments.push_back(std::move(m_moments));
+      return;
+    }
     std::reverse(m_times.begin(), m_times.end());
     std::reverse(m_riskSums.begin(), m_riskSums.end());
     std::reverse(m_weightSums.begin(), m_weightSums.end());
-    std::reverse(m_moments.begin(), m_moments.end());
     BaselineCurve curve{{0.0}, {0.0}};
     double H = 0.0;
     for (std::size_t k = 0; k < m_times.size(); ++k) {
@@ -90,10 +105,10 @@ class StratumWalk {
     m_fit.m_BreslowCurves.push_back(std::move(curve));
     m_fit.m_EventRiskSums.push_back(std::move(m_riskSums));
     m_fit.m_EventWeightSums.push_back(std::move(m_weightSums));
-    m_fit.m_EventRiskMoments.push_back(std::move(m_moments));
   }
 
   CCoxFit& m_fit;
+  const Kept m_kept;
   const CCoxData& m_data;
   const StratumRows m_stratum;
   TiedEvents& m_ties;
@@ -108,19 +123,27 @@ class StratumWalk {
   std::vector<std::vector<double>> m_moments;
 };
 
+TiedEvents WalkStrata(CCoxFit& fit, Kept kept) {
+  const std::size_t n = fit.m_pData->ValidCaseCount;
+  TiedEvents ties{std::vector<int>(n, 0), std::vector<double>(n, 0.0)};
+  std::vector<double> risks = fit.m_LinearPredictor;
+  for (double& risk : risks) risk = std::exp(risk);
+  for (const StratumRows& stratum : StrataOf(*fit.m_pData)) StratumWalk(fit, stratum, ties, kept).Run(risks);
+  return ties;
+}
+
 }  // namespace
 
 TiedEvents ComputeBreslowBaseline(CCoxFit& fit) {
-  const std::size_t n = fit.m_pData->ValidCaseCount;
-  TiedEvents ties{std::vector<int>(n, 0), std::vector<double>(n, 0.0)};
   fit.m_BreslowCurves.clear();
   fit.m_EventRiskSums.clear();
   fit.m_EventWeightSums.clear();
   fit.m_EventRiskMoments.clear();
-  std::vector<double> risks = fit.m_LinearPredictor;
-  for (double& risk : risks) risk = std::exp(risk);
-  for (const StratumRows& stratum : StrataOf(*fit.m_pData)) StratumWalk(fit, stratum, ties).Run(risks);
-  return ties;
+  return WalkStrata(fit, Kept::Baseline);
+}
+
+void FillEventRiskMoments(CCoxFit& fit) {
+  if (!fit.m_BreslowCurves.empty() && fit.m_EventRiskMoments.empty()) WalkStrata(fit, Kept::Moments);
 }
 
 }  // namespace orv

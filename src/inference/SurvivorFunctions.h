@@ -39,7 +39,7 @@ bool IsPatternInRange(const CCoxFit& fit, const std::vector<double>& x);
 
 // A stratum's survivor or hazard for one pattern.
 //   x  CoefficientCount design values
-// Empty, which is no error, when |x'b| exceeds the range of exp.
+// Empty, which is no error, when |x'b| exceeds the range of exp. REQUIRES: FillEventRiskMoments.
 std::optional<std::vector<CurvePoint>> SurvivorFunction(const CCoxFit& fit,
                                                         std::size_t stratum,
                                                         const std::vector<double>& x,
@@ -49,6 +49,7 @@ std::optional<std::vector<CurvePoint>> SurvivorFunction(const CCoxFit& fit,
                                                         SmallRiskSums smallRiskSums);
 
 // From the Breslow baseline. With `robust` the standard errors take the covariance in use instead of the usual one.
+// REQUIRES: FillEventRiskMoments.
 std::optional<std::vector<CurvePoint>> CumulativeHazard(const CCoxFit& fit,
                                                         std::size_t stratum,
                                                         const std::vector<double>& x,

@@ -11,6 +11,7 @@
 #include "data/RoundHalfAway.h"
 #include "data/VariableNames.h"
 #include "host/FormatText.h"
+#include "inference/BreslowBaseline.h"
 #include "output/CResultSpreadsheet.h"
 #include "output/SurvivorTables.h"
 #include "ui/CCoxPHResults.h"
@@ -202,6 +203,7 @@ int CCoxPHResults::SpecifyCovariateValues() {
 }
 
 void CCoxPHResults::CreateSurvivorSummary() {
+  FillEventRiskMoments(Fit());
   const CCoxFit& fit = Fit();
   const SurvivorType type = fit.m_KaplanMeierValid && m_analysis.m_Settings.InputType == InputTypes::SurvivalTime
                                 ? Survivor
@@ -218,6 +220,7 @@ void CCoxPHResults::CreateSurvivorSummary() {
 }
 
 void CCoxPHResults::CreateCumulativeHazardSummary() {
+  FillEventRiskMoments(Fit());
   const CCoxFit& fit = Fit();
   const CurveTableForm form{"Cumulative hazard", "Empirical Cumulative Hazard", 0.0, ComputeCumulativeHazardCI,
                             ConfidenceLevel};

@@ -78,6 +78,7 @@ void PostFit(CCoxFit& fit, bool intervals) {
   } else {
     PostFitSurvivalTime(fit);
   }
+  FillEventRiskMoments(fit);
 }
 
 TEST(BreslowBaseline, AgreesWithItsDefinition) {
@@ -153,7 +154,7 @@ TEST(BreslowBaseline, IntervalIsAtRiskAfterItsStart) {
   TestAnalysis analysis({{"start", {0, 1, 2}}, {"stop", {2, 3, 4}}, {"status", {1, 1, 0}}, {"a", {1, 3, 8}}});
   analysis.Interval("start", "stop").Status("status").Covariates({"a"}).DefaultDesign();
   CCoxFit& fit = WriteFit(analysis, Likelihoods::Breslow, {0.0});
-  PostFitCountingProcess(fit);
+  PostFit(fit, true);
   EXPECT_EQ(fit.m_EventRiskSums[0], (Vector{2.0, 2.0}));
   EXPECT_EQ(fit.m_EventRiskMoments[0], (DenseMatrix{{4.0}, {11.0}}));
 }
@@ -164,7 +165,7 @@ TEST(BreslowBaseline, RiskSumsKeepTheirDigitsBelowTheStartOfAHighRisk) {
     testing::DefineForm(analysis, {"", true, false, false, false});
     const Vector beta = {0.7, -0.4};
     CCoxFit& fit = WriteFit(analysis, Likelihoods::Breslow, beta);
-    PostFitCountingProcess(fit);
+    PostFit(fit, true);
     const Baseline expected = LiteralBaselines(SortedCasesOf(fit, beta), true)[0];
     ASSERT_EQ(fit.m_EventRiskSums[0].size(), expected.S0.size());
     ASSERT_GT(expected.S0.back() + expected.S0[expected.S0.size() - 2], 1e15);

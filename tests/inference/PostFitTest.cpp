@@ -5,6 +5,7 @@
 #include <string>
 
 #include "fit/TwelveCases.h"
+#include "inference/BreslowBaseline.h"
 #include "inference/HandWrittenFit.h"
 #include "inference/InfluenceMeasures.h"
 #include "inference/PostFit.h"
@@ -33,7 +34,8 @@ void PostFit(CCoxFit& fit, bool intervals) {
   }
 }
 
-void ExpectNoBaseline(const CCoxFit& fit) {
+void ExpectNoBaseline(CCoxFit& fit) {
+  FillEventRiskMoments(fit);
   EXPECT_FALSE(fit.m_BreslowValid);
   EXPECT_FALSE(fit.m_KaplanMeierValid);
   EXPECT_TRUE(fit.m_BreslowCurves.empty());
@@ -43,6 +45,19 @@ void ExpectNoBaseline(const CCoxFit& fit) {
   EXPECT_TRUE(fit.m_EventRiskMoments.empty());
   EXPECT_TRUE(fit.m_MartingaleResiduals.empty());
   EXPECT_TRUE(fit.m_DevianceResiduals.empty());
+}
+
+// They may take as much memory as the cases.
+TEST(PostFit, MomentsOfEventsComeWhenTheyAreAskedFor) {
+  ForRandomFits([](CCoxFit& fit, const Vector&, const RandomForm& form) {
+    PostFit(fit, form.Intervals);
+    EXPECT_TRUE(fit.m_EventRiskMoments.empty());
+    FillEventRiskMoments(fit);
+    ASSERT_EQ(fit.m_EventRiskMoments.size(), fit.m_EventRiskSums.size());
+    const auto moments = fit.m_EventRiskMoments;
+    FillEventRiskMoments(fit);
+    EXPECT_EQ(fit.m_EventRiskMoments, moments);
+  });
 }
 
 TEST(PostFit, LinearPredictorIsThatOfTheFinalEstimates) {

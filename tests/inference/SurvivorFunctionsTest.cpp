@@ -4,6 +4,7 @@
 #include <limits>
 #include <string>
 
+#include "inference/BreslowBaseline.h"
 #include "inference/ExponentGuard.h"
 #include "inference/HandWrittenFit.h"
 #include "inference/PostFit.h"
@@ -54,6 +55,7 @@ TEST(SurvivorFunctions, AgreeWithTheirDefinition) {
     } else {
       PostFitSurvivalTime(fit);
     }
+    FillEventRiskMoments(fit);
     for (const Vector& x : patterns) {
       const double A = std::exp(beta[0] * x[0] + beta[1] * x[1]);
       for (std::size_t g = 0; g < fit.m_BreslowCurves.size(); ++g) {

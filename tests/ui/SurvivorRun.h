@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "inference/BreslowBaseline.h"
 #include "inference/SurvivorFunctions.h"
 #include "support/SheetReading.h"
 #include "support/TestAnalysis.h"
@@ -104,6 +105,7 @@ class SurvivorRun : public ::testing::Test {
   std::vector<CurvePoint> SurvivorPoints(SurvivorType type = SurvivorType::Breslow,
                                          SurvivorCIType limits = SurvivorCIType::Normal,
                                          double level = 0.95) {
+    FillEventRiskMoments(analysis->Fit());
     return *SurvivorFunction(analysis->Fit(), 0, results->Patterns.DesignRows.at(0), type, limits, level,
                              SmallRiskSums::Multiplied);
   }

@@ -99,6 +99,10 @@ std::string JobWording::Refusal(const std::string& message) const {
   return JobMessages::At(m_file, translation.Line, translation.Text);
 }
 
+std::string JobWording::FileFailure(std::string_view key, const std::string& message) const {
+  return JobMessages::At(m_file, LineOf(key), fmt::format("{}: {}", ShownName(*FindJobKey(key)), message));
+}
+
 // The keys for an option without a word: those that the job has, as far as it has any.
 std::vector<std::string_view> JobWording::KeysOf(std::string_view option) const {
   std::vector<std::string_view> general;

@@ -10,6 +10,7 @@
 #include "apps/orvcox/SaveJob.h"
 #include "apps/orvcox/Terminal.h"
 #include "core/CCoxPH.h"
+#include "core/StringTable.h"
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
 #include "standalone/analysis/ApplyDefinition.h"
@@ -75,6 +76,7 @@ class FitRun {
     if (WasInterrupted()) return Cancelled();
     for (const std::string& note : NotesOnRun(analysis, host)) Note(note);
     if (failed) {
+      NoteOnRefusal(host);
       WriteFailure(analysis, host);
       return ExitCodes::AnalysisFailed;
     }
@@ -98,6 +100,14 @@ class FitRun {
   void Note(const std::string& text) {
     if (m_options.Quiet) return;
     m_err << "note: " << (m_options.Wording ? m_options.Wording(text) : text) << '\n';
+  }
+
+  void NoteOnRefusal(const StandaloneHost& host) {
+    if (!m_options.NoteOnRefusal || m_options.Quiet) return;
+    for (const std::string& text : host.Messages()) {
+      const std::string note = m_options.NoteOnRefusal(FindModuleTextId(text));
+      if (!note.empty()) m_err << "note: " << note << '\n';
+    }
   }
 
   int Cancelled() {

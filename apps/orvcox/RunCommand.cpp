@@ -12,6 +12,7 @@
 #include "standalone/documents/OutputMessages.h"
 #include "standalone/jobs/JobPaths.h"
 #include "standalone/jobs/ReadJob.h"
+#include "standalone/jobs/RefusedKeys.h"
 #include "standalone/tables/TableError.h"
 
 namespace orv {
@@ -25,6 +26,7 @@ FitOptions OptionsOf(const Job& job, const RunOptions& run, const JobWording& wo
   options.Results = job.Results;
   options.Quiet = job.Quiet || run.Quiet;
   options.Wording = [&wording](const std::string& text) { return wording.Sentence(text); };
+  options.NoteOnRefusal = [&wording](int textId) { return NoteOnRefusedKeys(wording, textId); };
   const bool goesElsewhere = !run.Outputs.empty() || !run.Format.empty();
   if (goesElsewhere) {
     // What is wrong with these is told in the words of the command line.

@@ -40,7 +40,7 @@ std::string BelongsAbove(const std::string& key) {
 }
 
 std::string UnknownSection(const std::string& section, const std::vector<std::string>& close) {
-  const std::string known = " There are [CoxPHStartup], [CoxPHResults] and [Host].";
+  const std::string known = " There are [CoxPHStartup], [CoxPHStartup.Variables], [CoxPHResults] and [Host].";
   return fmt::format("[{}]: no such section.{}", section, close.empty() ? known : Closest(close));
 }
 

@@ -14,7 +14,8 @@ std::string At(const std::string& file, std::uint64_t line, const std::string& m
 
 std::string NotToml(const std::string& file, std::uint64_t line, const std::string& fault);
 std::string TooLarge(const std::string& file, std::size_t limit);
-// `section` is empty above the first section; `other` is the section that has the key, empty when none has.
+// `close` is as CloseKeys gives it, here and below. `section` is empty above the first section; `other` is the section
+// that has the key, empty when none has.
 std::string UnknownKey(std::string_view section,
                        const std::string& key,
                        const std::vector<std::string>& close,

@@ -4,8 +4,8 @@
 #include <array>
 #include <cmath>
 
-#include "standalone/analysis/CloseNames.h"
 #include "standalone/documents/JsonText.h"
+#include "standalone/jobs/CloseKeys.h"
 #include "standalone/jobs/JobMessages.h"
 
 namespace orv {
@@ -17,7 +17,6 @@ namespace Messages = JobMessages;
 constexpr std::array kSections = {JobSections::Startup, JobSections::Results, JobSections::Host};
 constexpr std::string_view kVariables = "Variables";  // the section within a section
 constexpr std::array<std::string_view, 2> kParts = {"Values", "Fixed"};
-constexpr std::size_t kShownNames = 2;
 
 bool IsSection(std::string_view name) {
   return std::find(kSections.begin(), kSections.end(), name) != kSections.end();
@@ -71,18 +70,19 @@ void JobSource::TakeEntry(std::string_view section, const JobEntry& entry) {
 }
 
 void JobSource::FailForUnknown(std::string_view section, const JobEntry& entry) const {
-  const bool isSection = section == JobSections::Top && entry.Value.As<JobValue::Table>() != nullptr;
-  std::vector<std::string_view> names;
-  if (isSection) names.assign(kSections.begin(), kSections.end());
-  for (const JobKey& key : JobKeys()) {
-    if (!isSection && key.Section == section) names.push_back(key.Name);
+  const bool isTable = entry.Value.As<JobValue::Table>() != nullptr;
+  if (isTable && section == JobSections::Top) {
+    FailAt(entry.Line, Messages::UnknownSection(entry.Name, CloseSections(entry.Name)));
   }
-  const std::vector<std::string> close = CloseNames(entry.Name, names, kShownNames);
-  if (isSection) FailAt(entry.Line, Messages::UnknownSection(entry.Name, close));
   const JobKey* other = FindJobKey(entry.Name);
   if (other != nullptr && other->Section == JobSections::Top) FailAt(entry.Line, Messages::BelongsAbove(entry.Name));
-  FailAt(entry.Line,
-         Messages::UnknownKey(section, entry.Name, close, other == nullptr ? std::string_view{} : other->Section));
+  if (other != nullptr) FailAt(entry.Line, Messages::UnknownKey(section, entry.Name, {}, other->Section));
+  const std::vector<std::string> close = CloseKeys(entry.Name, section);
+  const bool isSection = isTable && !close.empty() && close[0].starts_with('[');
+  if (isSection) {
+    FailAt(entry.Line, Messages::UnknownSection(std::string(section) + '.' + entry.Name, {close[0]}));
+  }
+  FailAt(entry.Line, Messages::UnknownKey(section, entry.Name, close, {}));
 }
 
 // ---- Values -----------------------------------------------------------------------------------------------------

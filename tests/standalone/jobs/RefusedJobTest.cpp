@@ -32,13 +32,53 @@ TEST(RefusedJob, KeysThatAreNone) {
        ":6: Covariates: no such key in [CoxPHStartup]. It belongs to "
        "[CoxPHStartup.Variables]."},
       {"Table = \"t.csv\"", ":6: Table: no such key here. It stands above the first section."},
-      {"[CoxPHResult]\nPHTest = true", ":6: [CoxPHResult]: no such section. Closest: CoxPHResults."},
-      {"[q]", ":6: [q]: no such section. There are [CoxPHStartup], [CoxPHResults] and [Host]."},
+      {"[CoxPHResult]\nPHTest = true", ":6: [CoxPHResult]: no such section. Closest: [CoxPHResults]."},
+      {"[q]",
+       ":6: [q]: no such section. There are [CoxPHStartup], [CoxPHStartup.Variables], [CoxPHResults] and [Host]."},
       {"[[Host]]", ":6: Host is a section: write [Host] and its keys below."},
       {"EditParameterStatusValues = { Value = [1] }",
        ":6: EditParameterStatusValues: \"Value\" is no part of it: use Values and Fixed."},
   };
   ExpectRefusals(cases);
+}
+
+TEST(RefusedJob, ASectionWithinASectionIsAmongTheClosest) {
+  const Case cases[] = {
+      {"variables.Strata = \"site\"",
+       ":6: [CoxPHStartup.variables]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"[CoxPHStartup.Variable]\nStrata = \"site\"",
+       ":6: [CoxPHStartup.Variable]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"[CoxPHResults.Variables]\nStrata = \"site\"",
+       ":6: [CoxPHResults.Variables]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"[Variables]\nStrata = \"site\"", ":6: [Variables]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"Varables = 5", ":6: Varables: no such key in [CoxPHStartup]. Closest: [CoxPHStartup.Variables]."},
+      {"ReferenceCategry = { arm = 1 }",
+       ":6: ReferenceCategry: no such key in [CoxPHStartup]. Closest: ReferenceCategory."},
+  };
+  ExpectRefusals(cases);
+}
+
+TEST(RefusedJob, AKeyThatIsCloseToOneOfAnotherSectionIsToldWithItsPlace) {
+  const Case cases[] = {
+      {"covariates = [\"age\"]",
+       ":6: covariates: no such key in [CoxPHStartup]. Closest: Covariates in [CoxPHStartup.Variables]."},
+      {"Variables.SubjectId = \"id\"",
+       ":6: SubjectId: no such key in [CoxPHStartup.Variables]. Closest: SubjectID in [CoxPHStartup]."},
+      {"Variables.Status = \"status\"",
+       ":6: Status: no such key in [CoxPHStartup.Variables]. Closest: CensoringIndicator."},
+      {"Weights = \"w\"", ":6: Weights: no such key in [CoxPHStartup]. Closest: CaseWeights in [Host]."},
+      {"Ties = \"efron\"",
+       ":6: Ties: no such key in [CoxPHStartup]. Closest: UseBreslowLikelihood, UseEfronLikelihood."},
+      {"[Host]\nTabel = \"t.csv\"", ":7: Tabel: no such key in [Host]. Closest: Table above the first section."},
+      {"[CoxPHResults]\nUseEfronLikelihod = true",
+       ":7: UseEfronLikelihod: no such key in [CoxPHResults]. Closest: UseEfronLikelihood in [CoxPHStartup], "
+       "UseBreslowLikelihood in [CoxPHStartup]."},
+  };
+  ExpectRefusals(cases);
+  EXPECT_EQ(RefusalOfJob("Tabl = \"t.csv\"\n"),
+            "trial.toml:1: Tabl: no such key above the first section. Closest: Table.");
+  EXPECT_EQ(RefusalOfJob("qqqq = \"t.csv\"\n"),
+            "trial.toml:1: qqqq: no such key above the first section. There is Table alone.");
 }
 
 TEST(RefusedJob, ValuesOfAnotherForm) {

@@ -92,7 +92,9 @@ class FitRun {
     if (WasInterrupted()) return Cancelled();
     Write(analysis, host);
     if (refused != 0) return ExitCodes::AnalysisFailed;
-    if (!m_options.SaveJob.empty()) SaveJob(m_options);
+    // Results that have not arrived on standard output are a failure, which the caller tells.
+    const bool arrived = static_cast<bool>(m_out.flush());
+    if (arrived && !m_options.SaveJob.empty()) SaveJob(m_options);
     return ExitCodes::Done;
   }
 

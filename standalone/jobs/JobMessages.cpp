@@ -158,4 +158,9 @@ std::string ComputeWithoutSummary(const std::string& key) {
                      key);
 }
 
+std::string TypeWithoutLimits(const std::string& key, std::uint64_t otherLine) {
+  return fmt::format("{}: ComputeSurvivorCI (line {}) is false, so there are no limits. Take one of the lines out.",
+                     key, otherLine);
+}
+
 }  // namespace orv::JobMessages

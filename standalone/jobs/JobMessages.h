@@ -48,5 +48,6 @@ std::string NoResidual();
 std::string NoFunction();
 std::string NoOutput();
 std::string ComputeWithoutSummary(const std::string& key);
+std::string TypeWithoutLimits(const std::string& key, std::uint64_t otherLine);
 
 }  // namespace orv::JobMessages

@@ -144,6 +144,9 @@ TEST(RefusedJob, ChoicesThatExcludeEachOther) {
       {"[CoxPHResults]\nComputeLiklihoodDisplacement = true\nComputeLikelihoodDisplacement = false",
        ":7: ComputeLiklihoodDisplacement: ComputeLikelihoodDisplacement (line 8) is another name for it and says the "
        "opposite. Take one of the lines out."},
+      {"[CoxPHResults]\nSurvivalCumulativeHazardSummary = true\nSurvivorCITypeLog = true\nComputeSurvivorCI = false",
+       ":8: SurvivorCITypeLog: ComputeSurvivorCI (line 9) is false, so there are no limits. Take one of the lines "
+       "out."},
       {"InputTypeCountingProcess = true",
        ":6: InputTypeCountingProcess: this form of input goes with Variables.Start and Variables.Stop."},
       {"InputTypeSurvivalTimeWithTimeCov = true",
@@ -182,6 +185,12 @@ TEST(RefusedJob, WhatTheCommandLineRefusesTooIsToldInKeys) {
        ":7: PHTestLogTransform says something about a result that is not shown: add PHTest."},
       {"[CoxPHResults]\nComputeCumulativeHazardFunction = true",
        ":7: ComputeCumulativeHazardFunction says something about a result that is not shown: add "
+       "SurvivalCumulativeHazardSummary = true."},
+      {"[CoxPHResults]\nComputeSurvivorCI = true",
+       ":7: ComputeSurvivorCI says something about a result that is not shown: add "
+       "SurvivalCumulativeHazardSummary = true."},
+      {"[CoxPHResults]\nParameterEstimates = true\nComputeCumulativeHazardCI = false",
+       ":8: ComputeCumulativeHazardCI says something about a result that is not shown: add "
        "SurvivalCumulativeHazardSummary = true."},
       {"[CoxPHResults]\nComputeScore = true",
        ":7: ComputeScore says something about a result that is not shown: add ResidualSummary."},

@@ -11,7 +11,8 @@ install(FILES ${written}/orvcox.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(FILES ${written}/orvcox DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 install(FILES ${written}/_orvcox DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
 install(FILES README.md CHANGELOG.md DESTINATION ${documents})
-install(DIRECTORY docs examples DESTINATION ${documents} FILES_MATCHING PATTERN *.md PATTERN *.csv)
+install(DIRECTORY docs examples DESTINATION ${documents}
+        FILES_MATCHING PATTERN *.md PATTERN *.csv PATTERN *.toml)
 
 set(CPACK_PACKAGE_NAME ${package})
 set(CPACK_PACKAGE_VENDOR "Orvanta Cox")

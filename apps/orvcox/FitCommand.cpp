@@ -10,6 +10,7 @@
 #include "apps/orvcox/SaveJob.h"
 #include "apps/orvcox/Terminal.h"
 #include "core/CCoxPH.h"
+#include "core/StringTable.h"
 #include "data/CCoxData.h"
 #include "fit/CCoxFit.h"
 #include "standalone/analysis/ApplyDefinition.h"
@@ -75,6 +76,7 @@ class FitRun {
     if (WasInterrupted()) return Cancelled();
     for (const std::string& note : NotesOnRun(analysis, host)) Note(note);
     if (failed) {
+      NoteOnRefusal(host);
       WriteFailure(analysis, host);
       return ExitCodes::AnalysisFailed;
     }
@@ -90,7 +92,9 @@ class FitRun {
     if (WasInterrupted()) return Cancelled();
     Write(analysis, host);
     if (refused != 0) return ExitCodes::AnalysisFailed;
-    if (!m_options.SaveJob.empty()) SaveJob(m_options);
+    // Results that have not arrived on standard output are a failure, which the caller tells.
+    const bool arrived = static_cast<bool>(m_out.flush());
+    if (arrived && !m_options.SaveJob.empty()) SaveJob(m_options);
     return ExitCodes::Done;
   }
 
@@ -98,6 +102,14 @@ class FitRun {
   void Note(const std::string& text) {
     if (m_options.Quiet) return;
     m_err << "note: " << (m_options.Wording ? m_options.Wording(text) : text) << '\n';
+  }
+
+  void NoteOnRefusal(const StandaloneHost& host) {
+    if (!m_options.NoteOnRefusal || m_options.Quiet) return;
+    for (const std::string& text : host.Messages()) {
+      const std::string note = m_options.NoteOnRefusal(FindModuleTextId(text));
+      if (!note.empty()) m_err << "note: " << note << '\n';
+    }
   }
 
   int Cancelled() {

@@ -25,6 +25,9 @@ struct FitOptions {
   WordsOfOptions Words;                            // complete after the declaration
   // Puts notes into the words of whoever defined the analysis; empty for those of the command line.
   std::function<std::string(const std::string&)> Wording;
+  // A note on where values stand that a text of the module refuses, by the number of the text; empty when that is not
+  // certain. Without it there are no such notes.
+  std::function<std::string(int)> NoteOnRefusal;
 
   struct {
     std::string MaxIterations;

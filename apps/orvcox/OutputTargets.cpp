@@ -5,6 +5,7 @@
 
 #include <filesystem>
 
+#include "apps/orvcox/SameFile.h"
 #include "standalone/analysis/AnalysisDefinition.h"
 #include "standalone/tables/TableReaders.h"
 
@@ -50,6 +51,9 @@ std::vector<OutputTarget> ChooseTargets(const std::vector<std::string>& files, c
     }
     for (const OutputTarget& target : targets) {
       if (target.File == file) throw DefinitionError(fmt::format("--output {} is given twice.", file));
+      if (IsSameFile(target.File, file)) {
+        throw DefinitionError(fmt::format("--output {}: {} is the same file. Name it once.", file, target.File));
+      }
     }
     std::error_code ignored;  // a file that is not there is not the table
     if (std::filesystem::equivalent(file, FileOfTable(table), ignored)) {

@@ -14,8 +14,8 @@ struct OutputTarget {
   const DocumentFormat* Format = nullptr;
 };
 
-// The targets of --output. Throws DefinitionError for an ending that no form has, for a file named twice and for the
-// table itself.
+// The targets of --output. Throws DefinitionError for an ending that no form has, for a file named twice, by one
+// name or by two, and for the table itself.
 std::vector<OutputTarget> ChooseTargets(const std::vector<std::string>& files, const std::string& table);
 
 // The form of standard output by its name, "text" for an empty one. Throws DefinitionError for another word.

@@ -3,12 +3,17 @@
 #include <fmt/format.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <string_view>
 #include <utility>
 
 #include "apps/orvcox/FitCommand.h"
 #include "apps/orvcox/FitOptions.h"
+#include "standalone/documents/OutputMessages.h"
 #include "standalone/jobs/JobPaths.h"
 #include "standalone/jobs/ReadJob.h"
+#include "standalone/jobs/RefusedKeys.h"
+#include "standalone/tables/TableError.h"
 
 namespace orv {
 
@@ -21,6 +26,7 @@ FitOptions OptionsOf(const Job& job, const RunOptions& run, const JobWording& wo
   options.Results = job.Results;
   options.Quiet = job.Quiet || run.Quiet;
   options.Wording = [&wording](const std::string& text) { return wording.Sentence(text); };
+  options.NoteOnRefusal = [&wording](int textId) { return NoteOnRefusedKeys(wording, textId); };
   const bool goesElsewhere = !run.Outputs.empty() || !run.Format.empty();
   if (goesElsewhere) {
     // What is wrong with these is told in the words of the command line.
@@ -35,6 +41,18 @@ FitOptions OptionsOf(const Job& job, const RunOptions& run, const JobWording& wo
     options.StandardFormat = ChooseStandardFormat(job.Format);
   }
   return options;
+}
+
+// Messages about a file begin with its name: "trial.csv: no such file", "trial.csv, line 3: ...".
+bool IsAbout(const std::string& file, std::string_view message) {
+  return !file.empty() && (message.starts_with(file + ':') || message.starts_with(file + ','));
+}
+
+// Of the two files that a run reads, the one that could not be.
+std::string_view KeyOfReadFile(const Job& job, std::string_view message) {
+  const std::string& startValues = job.Definition.StartValuesFile;
+  const bool isOther = startValues != job.Table && IsAbout(startValues, message);
+  return isOther ? "DataFileThatContainsStartvaluesForParameter" : "Table";
 }
 
 }  // namespace
@@ -80,12 +98,19 @@ CLI::App* AddRunCommand(CLI::App& program, RunOptions& options) {
 
 int RunJob(const RunOptions& options, std::ostream& out, std::ostream& err) {
   const ReadJobResult read = ReadJobFile(options.JobFile);
+  const Job job = FromFolderOf(options.JobFile, read.Read);
   try {
-    return RunFit(OptionsOf(FromFolderOf(options.JobFile, read.Read), options, read.Wording), out, err);
+    return RunFit(OptionsOf(job, options, read.Wording), out, err);
   } catch (const JobError&) {
     throw;
   } catch (const DefinitionError& error) {
     throw JobError(read.Wording.Refusal(error.what()));
+  } catch (const TableError& error) {
+    throw TableError(read.Wording.FileFailure(KeyOfReadFile(job, error.what()), error.what()));
+  } catch (const OutputError& error) {
+    // Files of the command line are told as it names them.
+    if (!options.Outputs.empty()) throw;
+    throw OutputError(read.Wording.FileFailure("OutputFiles", error.what()));
   }
 }
 

@@ -21,8 +21,8 @@ struct RunOptions {
 // Declares the command. `options` must outlive `program`.
 CLI::App* AddRunCommand(CLI::App& program, RunOptions& options);
 
-// Runs the job as RunFit does. Returns the exit code. Throws DefinitionError in the words of the job, and what RunFit
-// throws besides.
+// Runs the job as RunFit does. Returns the exit code. Throws DefinitionError in the words of the job, TableError and
+// OutputError with the line and the key that name the file, and what RunFit throws besides.
 int RunJob(const RunOptions& options, std::ostream& out, std::ostream& err);
 
 }  // namespace orv

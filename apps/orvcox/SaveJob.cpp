@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "apps/orvcox/SameFile.h"
 #include "standalone/documents/Utf8.h"
 #include "standalone/documents/WriteFileAtomically.h"
 #include "standalone/jobs/JobPaths.h"
@@ -26,12 +27,6 @@ std::string TextOfJob(const FitOptions& options) {
   job.Format = options.StandardFormat->Name == kDefaultFormat ? "" : options.StandardFormat->Name;
   job.Quiet = options.Quiet;
   return WriteJob(ToFolderOf(options.SaveJob, std::move(job)));
-}
-
-// Two names of one file, which need not exist yet.
-bool IsSame(const std::string& a, const std::string& b) {
-  std::error_code ignored;
-  return fs::equivalent(a, b, ignored) || fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored);
 }
 
 bool IsWithin(const std::string& file, const std::string& folder) {
@@ -59,9 +54,10 @@ bool IsUtf8(const std::string& text) {
 void CheckJobPlace(const FitOptions& options) {
   if (LowerCaseEnding(options.SaveJob) != ".toml") Fail(options, "the name of a job file ends in .toml.");
   const std::string table = FileOfTable(options.Table);
-  if (!table.empty() && IsSame(options.SaveJob, table)) Fail(options, "this is the table itself, which would be lost.");
+  if (!table.empty() && IsSameFile(options.SaveJob, table))
+    Fail(options, "this is the table itself, which would be lost.");
   const std::string& startValues = options.Definition.StartValuesFile;
-  if (!startValues.empty() && IsSame(options.SaveJob, startValues)) {
+  if (!startValues.empty() && IsSameFile(options.SaveJob, startValues)) {
     Fail(options, "this is the file with the start values, which would be lost.");
   }
   for (const OutputTarget& target : options.Targets) {
@@ -69,7 +65,8 @@ void CheckJobPlace(const FitOptions& options) {
     if (isFolder && IsWithin(options.SaveJob, target.File)) {
       Fail(options, fmt::format("the folder of --output {} holds results alone. Choose another.", target.File));
     }
-    if (IsSame(options.SaveJob, target.File)) Fail(options, fmt::format("--output {} is the same file.", target.File));
+    if (IsSameFile(options.SaveJob, target.File))
+      Fail(options, fmt::format("--output {} is the same file.", target.File));
   }
   if (!IsUtf8(TextOfJob(options))) {
     Fail(options, "a job is text in UTF-8, and a name or a text of this analysis is not.");

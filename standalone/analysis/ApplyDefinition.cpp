@@ -231,6 +231,7 @@ class Applier {
     const std::optional<double> code = CodeOfText(m_table, variable, text);
     if (!code)
       Fail(Messages::UnknownCode(option, text, NameOf(variable), ValuesForMessage(m_table, variable, m_isSelected)));
+    CheckCodeRange(option, m_table, variable, *code);
     return *code;
   }
 

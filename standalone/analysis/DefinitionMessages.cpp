@@ -148,7 +148,7 @@ std::string FractionalCode(const std::string& option, const std::string& variabl
 }
 
 std::string CodeTooLarge(const std::string& option, const std::string& variable, const std::string& value) {
-  return fmt::format("{}: \"{}\" holds the code {}, beyond the range of -9999999 to 9999999.", option, variable, value);
+  return fmt::format("{}: the code {} of \"{}\" is beyond the range of -9999999 to 9999999.", option, value, variable);
 }
 
 std::string TooManyCodes(const std::string& option, const std::string& variable, std::size_t found, int limit) {

@@ -24,7 +24,7 @@ struct ResultDefinition {
   std::vector<std::string> Patterns;   // "V=X, V=X"
   std::string SurvivorType;
   std::string CI;
-  bool HasSurvivorLimits = true;  // false leaves them out whatever CI says; with CI "none" there are none
+  bool HasSurvivorLimits = true;  // false leaves them out; with CI "none" there are none
   bool HasHazardLimits = true;
   std::string Transform;
   double Confidence = 0.95;

@@ -57,9 +57,7 @@ std::vector<std::int32_t> FindCodes(const std::string& option,
       throw DefinitionError(
           DefinitionMessages::FractionalCode(option, name, ValueText(table, variable, value), caseNumber));
     }
-    if (std::abs(value) > kLargestCode) {
-      throw DefinitionError(DefinitionMessages::CodeTooLarge(option, name, ValueText(table, variable, value)));
-    }
+    CheckCodeRange(option, table, variable, value);
     codes.push_back(static_cast<std::int32_t>(value));
   }
   if (codes.size() > kMostCodes) {
@@ -85,6 +83,12 @@ std::optional<double> CodeOfText(const MemoryTable& table, int variable, std::st
   // In a variable of texts the number of a code means nothing to the person who wrote the file.
   if (table.Variable(variable).Type == VariableType::Text) return std::nullopt;
   return ParseNumber(text);
+}
+
+void CheckCodeRange(const std::string& option, const MemoryTable& table, int variable, double code) {
+  if (std::abs(code) <= kLargestCode) return;
+  const std::string& name = table.Variable(variable).Name;
+  throw DefinitionError(DefinitionMessages::CodeTooLarge(option, name, ValueText(table, variable, code)));
 }
 
 std::string ValueText(const MemoryTable& table, int variable, double value) {

@@ -30,6 +30,9 @@ std::vector<std::int32_t> FindCodes(const std::string& option,
 // neither.
 std::optional<double> CodeOfText(const MemoryTable& table, int variable, std::string_view text);
 
+// Throws DefinitionError for a code of a factor, stratum or response beyond -9999999 to 9999999.
+void CheckCodeRange(const std::string& option, const MemoryTable& table, int variable, double code);
+
 // A value as a person would write it in a list: its label, or the number in its shortest form.
 std::string ValueText(const MemoryTable& table, int variable, double value);
 

@@ -1,5 +1,6 @@
 // Two rules carry the page. Text has a measure of some 70 characters and tables take the room that they need; and what
-// a row means is said by weight and a mark, so that it survives a printer without colours.
+// a row means is said by weight and a mark, so that it survives a printer without colours. Headings have the room, and
+// the balance of lines, with which those of a lower and an upper limit break alike side by side.
 #include "standalone/documents/HtmlStyle.h"
 
 namespace orv {
@@ -40,8 +41,8 @@ th, td { padding: 0.28rem 0.6rem; text-align: right; vertical-align: baseline; w
 th:first-child, td:first-child { padding-left: 0.4rem; }
 th:last-child, td:last-child { padding-right: 0.4rem; }
 thead tr > * {
-  max-width: 7rem; border-bottom: 1px solid var(--strong-rule); color: var(--soft); white-space: normal;
-  vertical-align: bottom; overflow-wrap: break-word; line-height: 1.2;
+  max-width: 9rem; border-bottom: 1px solid var(--strong-rule); color: var(--soft); white-space: normal;
+  vertical-align: bottom; overflow-wrap: break-word; text-wrap: balance; line-height: 1.2;
 }
 tbody tr + tr > * { border-top: 1px solid var(--rule); }
 .t { max-width: 24rem; text-align: left; white-space: normal; overflow-wrap: break-word; }

@@ -21,6 +21,16 @@ std::string NotToml(const std::string& file, std::uint64_t line, const std::stri
   return At(file, line, fmt::format("this is not TOML: {}. A line is KEY = VALUE, and texts stand in quotes.", fault));
 }
 
+std::string StandsTwice(const std::string& file, std::uint64_t line, bool isTable) {
+  return At(file, line,
+            isTable ? "this section or table is there already. Write all that belongs to it in one place."
+                    : "this key is there already. Take one of the two out.");
+}
+
+std::string NumberOutOfRange(const std::string& file, std::uint64_t line, const std::string& number) {
+  return At(file, line, fmt::format("the number {} is out of range.", number));
+}
+
 std::string TooLarge(const std::string& file, std::size_t limit) {
   return fmt::format("{}: more than {} bytes, which no job has. Is it the table?", file, limit);
 }
@@ -40,7 +50,7 @@ std::string BelongsAbove(const std::string& key) {
 }
 
 std::string UnknownSection(const std::string& section, const std::vector<std::string>& close) {
-  const std::string known = " There are [CoxPHStartup], [CoxPHResults] and [Host].";
+  const std::string known = " There are [CoxPHStartup], [CoxPHStartup.Variables], [CoxPHResults] and [Host].";
   return fmt::format("[{}]: no such section.{}", section, close.empty() ? known : Closest(close));
 }
 
@@ -54,6 +64,14 @@ std::string KeyMissing(const std::string& key, std::string_view purpose) {
 
 std::string WrongForm(const std::string& key, std::string_view form, std::string_view found) {
   return fmt::format("{}: use {}, not {}.", key, form, found);
+}
+
+std::string ItemOfList(std::size_t number, const std::string& outer) {
+  return outer.empty() ? fmt::format("item {}", number) : fmt::format("{}, item {}", outer, number);
+}
+
+std::string WrongItem(const std::string& key, const std::string& item, std::string_view form, std::string_view found) {
+  return fmt::format("{}: {} is {}. Use {}.", key, item, found, form);
 }
 
 std::string EmptyText(const std::string& key) {
@@ -156,6 +174,11 @@ std::string NoOutput() {
 std::string ComputeWithoutSummary(const std::string& key) {
   return fmt::format("{} says something about a result that is not shown: add SurvivalCumulativeHazardSummary = true.",
                      key);
+}
+
+std::string TypeWithoutLimits(const std::string& key, std::uint64_t otherLine) {
+  return fmt::format("{}: ComputeSurvivorCI (line {}) is false, so there are no limits. Take one of the lines out.",
+                     key, otherLine);
 }
 
 }  // namespace orv::JobMessages

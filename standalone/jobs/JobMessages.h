@@ -13,8 +13,12 @@ namespace orv::JobMessages {
 std::string At(const std::string& file, std::uint64_t line, const std::string& message);
 
 std::string NotToml(const std::string& file, std::uint64_t line, const std::string& fault);
+// `isTable` for a section or a table in braces.
+std::string StandsTwice(const std::string& file, std::uint64_t line, bool isTable);
+std::string NumberOutOfRange(const std::string& file, std::uint64_t line, const std::string& number);
 std::string TooLarge(const std::string& file, std::size_t limit);
-// `section` is empty above the first section; `other` is the section that has the key, empty when none has.
+// `close` is as CloseKeys gives it, here and below. `section` is empty above the first section; `other` is the section
+// that has the key, empty when none has.
 std::string UnknownKey(std::string_view section,
                        const std::string& key,
                        const std::vector<std::string>& close,
@@ -24,6 +28,9 @@ std::string UnknownSection(const std::string& section, const std::vector<std::st
 std::string NotASection(std::string_view section);
 std::string KeyMissing(const std::string& key, std::string_view purpose);
 std::string WrongForm(const std::string& key, std::string_view form, std::string_view found);
+// An item of a list as messages name it, such as "item 2"; `outer` is the item that is this list, empty for none.
+std::string ItemOfList(std::size_t number, const std::string& outer);
+std::string WrongItem(const std::string& key, const std::string& item, std::string_view form, std::string_view found);
 std::string EmptyText(const std::string& key);
 std::string EmptyList(const std::string& key);
 std::string NotFinite(const std::string& key);
@@ -47,5 +54,6 @@ std::string NoResidual();
 std::string NoFunction();
 std::string NoOutput();
 std::string ComputeWithoutSummary(const std::string& key);
+std::string TypeWithoutLimits(const std::string& key, std::uint64_t otherLine);
 
 }  // namespace orv::JobMessages

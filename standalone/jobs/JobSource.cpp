@@ -4,9 +4,10 @@
 #include <array>
 #include <cmath>
 
-#include "standalone/analysis/CloseNames.h"
 #include "standalone/documents/JsonText.h"
+#include "standalone/jobs/CloseKeys.h"
 #include "standalone/jobs/JobMessages.h"
+#include "standalone/jobs/TomlText.h"
 
 namespace orv {
 
@@ -17,7 +18,6 @@ namespace Messages = JobMessages;
 constexpr std::array kSections = {JobSections::Startup, JobSections::Results, JobSections::Host};
 constexpr std::string_view kVariables = "Variables";  // the section within a section
 constexpr std::array<std::string_view, 2> kParts = {"Values", "Fixed"};
-constexpr std::size_t kShownNames = 2;
 
 bool IsSection(std::string_view name) {
   return std::find(kSections.begin(), kSections.end(), name) != kSections.end();
@@ -29,7 +29,9 @@ std::string_view KindOf(const JobValue& value) {
   if (value.As<double>() != nullptr) return "a number with a fraction";
   if (value.As<std::string>() != nullptr) return "a text";
   if (value.As<JobValue::List>() != nullptr) return "such a list";
-  return value.As<JobValue::Table>() != nullptr ? "a table" : "a date";
+  const auto* table = value.As<JobValue::Table>();
+  if (table == nullptr) return "a date";
+  return table->empty() ? "an empty table" : "a table";
 }
 
 // A value that stands for a list of itself alone, or the items of a list.
@@ -71,18 +73,19 @@ void JobSource::TakeEntry(std::string_view section, const JobEntry& entry) {
 }
 
 void JobSource::FailForUnknown(std::string_view section, const JobEntry& entry) const {
-  const bool isSection = section == JobSections::Top && entry.Value.As<JobValue::Table>() != nullptr;
-  std::vector<std::string_view> names;
-  if (isSection) names.assign(kSections.begin(), kSections.end());
-  for (const JobKey& key : JobKeys()) {
-    if (!isSection && key.Section == section) names.push_back(key.Name);
+  const bool isTable = entry.Value.As<JobValue::Table>() != nullptr;
+  if (isTable && section == JobSections::Top) {
+    FailAt(entry.Line, Messages::UnknownSection(entry.Name, CloseSections(entry.Name)));
   }
-  const std::vector<std::string> close = CloseNames(entry.Name, names, kShownNames);
-  if (isSection) FailAt(entry.Line, Messages::UnknownSection(entry.Name, close));
   const JobKey* other = FindJobKey(entry.Name);
   if (other != nullptr && other->Section == JobSections::Top) FailAt(entry.Line, Messages::BelongsAbove(entry.Name));
-  FailAt(entry.Line,
-         Messages::UnknownKey(section, entry.Name, close, other == nullptr ? std::string_view{} : other->Section));
+  if (other != nullptr) FailAt(entry.Line, Messages::UnknownKey(section, entry.Name, {}, other->Section));
+  const std::vector<std::string> close = CloseKeys(entry.Name, section);
+  const bool isSection = isTable && !close.empty() && close[0].starts_with('[');
+  if (isSection) {
+    FailAt(entry.Line, Messages::UnknownSection(std::string(section) + '.' + entry.Name, {close[0]}));
+  }
+  FailAt(entry.Line, Messages::UnknownKey(section, entry.Name, close, {}));
 }
 
 // ---- Values -----------------------------------------------------------------------------------------------------
@@ -90,10 +93,10 @@ void JobSource::FailForUnknown(std::string_view section, const JobEntry& entry) 
 void JobSource::Check(const JobKey& key, const JobValue& value) const {
   switch (key.Form) {
     case JobForm::Flag:
-      if (value.As<bool>() == nullptr) FailForForm(key, value);
+      if (value.As<bool>() == nullptr) FailForForm(PlaceOf(key), value);
       return;
     case JobForm::WholeNumber:
-      if (value.As<std::int64_t>() == nullptr) FailForForm(key, value);
+      if (value.As<std::int64_t>() == nullptr) FailForForm(PlaceOf(key), value);
       return;
     case JobForm::NotYet: {
       const bool* flag = value.As<bool>();
@@ -101,16 +104,16 @@ void JobSource::Check(const JobKey& key, const JobValue& value) const {
       return;
     }
     case JobForm::Number:
-      NumberOf(key, value);
+      NumberOf(PlaceOf(key), value);
       return;
     case JobForm::Text:
-      TextOf(key, value);
+      TextOf(PlaceOf(key), value);
       return;
     case JobForm::Texts:
       Texts(key.Name);
       return;
     case JobForm::Code:
-      CodeOf(key, value);
+      CodeOf(PlaceOf(key), value);
       return;
     case JobForm::Codes:
       Codes(key.Name);
@@ -133,7 +136,7 @@ void JobSource::Check(const JobKey& key, const JobValue& value) const {
 
 void JobSource::CheckParts(const JobKey& key, const JobValue& value) const {
   const auto* table = value.As<JobValue::Table>();
-  if (table == nullptr || table->empty()) FailForForm(key, value);
+  if (table == nullptr || table->empty()) FailForForm(PlaceOf(key), value);
   for (const JobEntry& entry : *table) {
     if (std::find(kParts.begin(), kParts.end(), entry.Name) == kParts.end()) {
       FailAt(entry.Line, Messages::UnknownPart(ShownName(key), entry.Name));
@@ -142,56 +145,68 @@ void JobSource::CheckParts(const JobKey& key, const JobValue& value) const {
   for (const std::string_view part : kParts) Part(key.Name, part);
 }
 
-void JobSource::FailForForm(const JobKey& key, const JobValue& value) const {
-  FailAt(value.Line, Messages::WrongForm(ShownName(key), FormText(key.Form), KindOf(value)));
+JobSource::Place JobSource::PlaceOf(const JobKey& key) {
+  return {key, ShownName(key), {}};
 }
 
-std::string JobSource::TextOf(const JobKey& key, const JobValue& value) const {
+void JobSource::FailForForm(const Place& place, const JobValue& value) const {
+  const std::string_view form = FormText(place.Key.Form);
+  FailAt(value.Line, place.Item.empty() ? Messages::WrongForm(place.Name, form, KindOf(value))
+                                        : Messages::WrongItem(place.Name, place.Item, form, KindOf(value)));
+}
+
+std::string JobSource::TextOf(const Place& place, const JobValue& value) const {
   const auto* text = value.As<std::string>();
-  if (text == nullptr) FailForForm(key, value);
-  if (text->empty()) FailAt(value.Line, Messages::EmptyText(ShownName(key)));
+  if (text == nullptr) FailForForm(place, value);
+  if (text->empty()) FailAt(value.Line, Messages::EmptyText(place.Name));
   return *text;
 }
 
-std::string JobSource::NumberOf(const JobKey& key, const JobValue& value) const {
+std::string JobSource::NumberOf(const Place& place, const JobValue& value) const {
   if (const auto* whole = value.As<std::int64_t>()) return std::to_string(*whole);
   const auto* real = value.As<double>();
-  if (real == nullptr) FailForForm(key, value);
-  if (!std::isfinite(*real)) FailAt(value.Line, Messages::NotFinite(ShownName(key)));
+  if (real == nullptr) FailForForm(place, value);
+  if (!std::isfinite(*real)) FailAt(value.Line, Messages::NotFinite(place.Name));
   return ShortestNumberText(*real);
 }
 
-std::string JobSource::CodeOf(const JobKey& key, const JobValue& value) const {
-  return value.As<std::string>() == nullptr ? NumberOf(key, value) : TextOf(key, value);
+std::string JobSource::CodeOf(const Place& place, const JobValue& value) const {
+  return value.As<std::string>() == nullptr ? NumberOf(place, value) : TextOf(place, value);
 }
 
 template <typename Item>
-std::vector<Item> JobSource::Items(const JobKey& key, const JobValue& value, ItemOf<Item> of) const {
+std::vector<Item> JobSource::Items(const Place& place, const JobValue& value, ItemOf<Item> of) const {
+  const bool isList = value.As<JobValue::List>() != nullptr;
   std::vector<Item> items;
-  for (const JobValue* item : ItemsOf(value)) items.push_back((this->*of)(key, *item));
-  if (items.empty()) FailAt(value.Line, Messages::EmptyList(ShownName(key)));
+  for (const JobValue* item : ItemsOf(value)) {
+    Place own = place;
+    if (isList) own.Item = Messages::ItemOfList(items.size() + 1, place.Item);
+    items.push_back((this->*of)(own, *item));
+  }
+  if (items.empty()) FailAt(value.Line, Messages::EmptyList(place.Name));
   return items;
 }
 
-std::vector<NamedCodes> JobSource::NamedCodesOf(const JobKey& key, const JobValue& value) const {
+std::vector<NamedCodes> JobSource::NamedCodesOf(const Place& place, const JobValue& value) const {
   const auto* table = value.As<JobValue::Table>();
-  if (table == nullptr || table->empty()) FailForForm(key, value);
+  if (table == nullptr || table->empty()) FailForForm(place, value);
   std::vector<NamedCodes> named;
   for (const JobEntry& entry : *table) {
-    if (entry.Name.empty()) FailAt(entry.Line, Messages::EmptyText(ShownName(key)));
+    if (entry.Name.empty()) FailAt(entry.Line, Messages::EmptyText(place.Name));
     const auto* inner = entry.Value.As<JobValue::Table>();
     if (inner != nullptr && !inner->empty()) {
-      FailAt(entry.Line, Messages::NameWithDot(ShownName(key), entry.Name + '.' + inner->front().Name));
+      FailAt(entry.Line, Messages::NameWithDot(place.Name, entry.Name + '.' + inner->front().Name));
     }
+    const Place own = {place.Key, place.Name + '.' + TomlName(entry.Name), place.Item};
     const bool isList = entry.Value.As<JobValue::List>() != nullptr;
-    if (isList && key.Form != JobForm::CodesByFactor) FailForForm(key, entry.Value);
-    named.push_back({entry.Name, Items(key, entry.Value, &JobSource::CodeOf)});
+    if (isList && place.Key.Form != JobForm::CodesByFactor) FailForForm(own, entry.Value);
+    named.push_back({entry.Name, Items(own, entry.Value, &JobSource::CodeOf)});
   }
   return named;
 }
 
-std::vector<std::string> JobSource::NumbersOf(const JobKey& key, const JobValue& value) const {
-  return Items(key, value, &JobSource::NumberOf);
+std::vector<std::string> JobSource::NumbersOf(const Place& place, const JobValue& value) const {
+  return Items(place, value, &JobSource::NumberOf);
 }
 
 // ---- What keys hold ---------------------------------------------------------------------------------------------
@@ -213,32 +228,33 @@ std::optional<std::int64_t> JobSource::WholeNumber(std::string_view key) const {
 
 std::string JobSource::Word(std::string_view key) const {
   const JobValue* value = Find(key);
-  return value == nullptr ? "" : CodeOf(*FindJobKey(key), *value);
+  return value == nullptr ? "" : CodeOf(PlaceOf(key), *value);
 }
 
 std::vector<std::string> JobSource::Texts(std::string_view key) const {
   const JobValue* value = Find(key);
   if (value == nullptr) return {};
-  return Items(*FindJobKey(key), *value, &JobSource::TextOf);
+  return Items(PlaceOf(key), *value, &JobSource::TextOf);
 }
 
 std::vector<std::string> JobSource::Codes(std::string_view key) const {
   const JobValue* value = Find(key);
   if (value == nullptr) return {};
-  return Items(*FindJobKey(key), *value, &JobSource::CodeOf);
+  return Items(PlaceOf(key), *value, &JobSource::CodeOf);
 }
 
 std::vector<NamedCodes> JobSource::CodesByName(std::string_view key) const {
   const JobValue* value = Find(key);
   if (value == nullptr) return {};
-  return NamedCodesOf(*FindJobKey(key), *value);
+  return NamedCodesOf(PlaceOf(key), *value);
 }
 
 std::vector<std::string> JobSource::Part(std::string_view key, std::string_view part) const {
   const JobValue* value = Find(key);
   if (value == nullptr) return {};
   for (const JobEntry& entry : *value->As<JobValue::Table>()) {
-    if (entry.Name == part) return NumbersOf(*FindJobKey(key), entry.Value);
+    const JobKey& known = *FindJobKey(key);
+    if (entry.Name == part) return NumbersOf({known, ShownName(known) + '.' + entry.Name, {}}, entry.Value);
   }
   return {};
 }
@@ -246,7 +262,7 @@ std::vector<std::string> JobSource::Part(std::string_view key, std::string_view 
 std::vector<std::vector<std::string>> JobSource::Functions(std::string_view key) const {
   const JobValue* value = Find(key);
   if (value == nullptr) return {};
-  const JobKey& known = *FindJobKey(key);
+  const Place known = PlaceOf(key);
   if (!IsListOfLists(*value)) return {NumbersOf(known, *value)};
   return Items(known, *value, &JobSource::NumbersOf);
 }
@@ -254,7 +270,7 @@ std::vector<std::vector<std::string>> JobSource::Functions(std::string_view key)
 std::vector<std::vector<NamedCodes>> JobSource::Patterns(std::string_view key) const {
   const JobValue* value = Find(key);
   if (value == nullptr) return {};
-  return Items(*FindJobKey(key), *value, &JobSource::NamedCodesOf);
+  return Items(PlaceOf(key), *value, &JobSource::NamedCodesOf);
 }
 
 const JobKey* JobSource::Chosen(ChoiceGroup group) const {

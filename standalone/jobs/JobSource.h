@@ -47,8 +47,15 @@ class JobSource {
   const JobWording& Wording() const { return m_wording; }
 
  private:
+  // Where a value stands, as messages tell it.
+  struct Place {
+    const JobKey& Key;
+    std::string Name;  // of the key, with the part or factor that the value belongs to
+    std::string Item;  // "item 2" of a list; empty outside lists
+  };
+
   template <typename Item>
-  using ItemOf = Item (JobSource::*)(const JobKey&, const JobValue&) const;
+  using ItemOf = Item (JobSource::*)(const Place&, const JobValue&) const;
 
   const JobValue* Find(std::string_view key) const;
   void TakeSection(std::string_view section, const JobEntry& entry);
@@ -57,14 +64,16 @@ class JobSource {
   void CheckParts(const JobKey& key, const JobValue& value) const;
   [[noreturn]] void FailAt(std::uint64_t line, const std::string& message) const;
   [[noreturn]] void FailForUnknown(std::string_view section, const JobEntry& entry) const;
-  [[noreturn]] void FailForForm(const JobKey& key, const JobValue& value) const;
-  std::string TextOf(const JobKey& key, const JobValue& value) const;
-  std::string NumberOf(const JobKey& key, const JobValue& value) const;
-  std::string CodeOf(const JobKey& key, const JobValue& value) const;
-  std::vector<std::string> NumbersOf(const JobKey& key, const JobValue& value) const;
-  std::vector<NamedCodes> NamedCodesOf(const JobKey& key, const JobValue& value) const;
+  [[noreturn]] void FailForForm(const Place& place, const JobValue& value) const;
+  static Place PlaceOf(const JobKey& key);
+  static Place PlaceOf(std::string_view key) { return PlaceOf(*FindJobKey(key)); }
+  std::string TextOf(const Place& place, const JobValue& value) const;
+  std::string NumberOf(const Place& place, const JobValue& value) const;
+  std::string CodeOf(const Place& place, const JobValue& value) const;
+  std::vector<std::string> NumbersOf(const Place& place, const JobValue& value) const;
+  std::vector<NamedCodes> NamedCodesOf(const Place& place, const JobValue& value) const;
   template <typename Item>
-  std::vector<Item> Items(const JobKey& key, const JobValue& value, ItemOf<Item> of) const;
+  std::vector<Item> Items(const Place& place, const JobValue& value, ItemOf<Item> of) const;
 
   JobWording m_wording;
   std::map<std::string, JobValue, std::less<>> m_values;

@@ -73,6 +73,25 @@ std::string FaultOf(const toml::parse_error& error) {
   return text.starts_with(kHead) && colon != std::string::npos ? text.substr(colon + 2) : text;
 }
 
+// What the library says in its own words, but where these mislead: it garbles a key in quotes that stands twice, and
+// takes a number out of range for a fault in writing.
+std::string MessageOn(const toml::parse_error& error, const std::string& file) {
+  const std::string fault = FaultOf(error);
+  const std::uint64_t line = error.source().begin.line;
+  constexpr std::string_view kTwice = "cannot redefine existing ";
+  if (fault.starts_with("cannot insert ")) return JobMessages::StandsTwice(file, line, true);
+  if (fault.starts_with(kTwice)) {
+    return JobMessages::StandsTwice(file, line, fault.substr(kTwice.size()).starts_with("table"));
+  }
+  for (const char* end : {"' is not representable in 64 bits", "' could not be interpreted as a value"}) {
+    const std::size_t at = fault.find(end);
+    if (fault.starts_with('\'') && at != std::string::npos) {
+      return JobMessages::NumberOutOfRange(file, line, fault.substr(1, at - 1));
+    }
+  }
+  return JobMessages::NotToml(file, line, fault);
+}
+
 // Looks for keys of so many parts (a.a.a. ...) that the tables within tables which they stand for would exhaust the
 // stack; the library bounds brackets and braces alone.
 class KeyLengthCheck {
@@ -130,8 +149,7 @@ JobValue::Table ParseJobText(std::string_view text, const std::string& file) {
   }
   const toml::parse_result result = toml::parse(text);
   if (result) return EntriesOf(result.table());
-  const toml::parse_error& error = result.error();
-  throw JobError(JobMessages::NotToml(file, error.source().begin.line, FaultOf(error)));
+  throw JobError(MessageOn(result.error(), file));
 }
 
 }  // namespace orv

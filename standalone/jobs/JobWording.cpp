@@ -15,6 +15,7 @@ namespace orv {
 namespace {
 
 constexpr std::string_view kDashes = "--";
+constexpr std::string_view kStartValues = "EditParameterStatusValues";
 constexpr std::string_view kLettersOfNames = "abcdefghijklmnopqrstuvwxyz0123456789-";
 
 // What messages show as the use of an option.
@@ -44,6 +45,13 @@ std::string Named(const std::vector<std::string_view>& keys, std::string_view la
   }
   if (names.size() == 1) return names[0];
   return fmt::format("{}{}{}", fmt::join(names.begin(), names.end() - 1, ", "), lastJoin, names.back());
+}
+
+// "add --robust" is an option to add, and in a job the key with its value.
+bool IsToBeAdded(std::string_view before, const std::vector<std::string_view>& keys) {
+  const JobKey& key = *FindJobKey(keys[0]);
+  const bool isOne = std::all_of(keys.begin(), keys.end(), [&](std::string_view other) { return other == key.Name; });
+  return isOne && key.Form == JobForm::Flag && (before.ends_with("add ") || before.ends_with("Add "));
 }
 
 bool Skip(std::string_view& rest, std::string_view text) {
@@ -99,6 +107,10 @@ std::string JobWording::Refusal(const std::string& message) const {
   return JobMessages::At(m_file, translation.Line, translation.Text);
 }
 
+std::string JobWording::FileFailure(std::string_view key, const std::string& message) const {
+  return JobMessages::At(m_file, LineOf(key), fmt::format("{}: {}", ShownName(*FindJobKey(key)), message));
+}
+
 // The keys for an option without a word: those that the job has, as far as it has any.
 std::vector<std::string_view> JobWording::KeysOf(std::string_view option) const {
   std::vector<std::string_view> general;
@@ -131,7 +143,7 @@ std::string JobWording::TakeOption(std::string_view& rest, std::vector<std::stri
   rest.remove_prefix(option.size());
   std::string_view lastJoin = " or ";
   const std::vector<std::string_view> ofWords = TakeWords(option, rest, lastJoin);
-  if (ofWords.empty()) return Named(keys, " and ");
+  if (ofWords.empty()) return keys[0] == kStartValues ? fmt::format("{}.Values", kStartValues) : Named(keys, " and ");
   keys = ofWords;
   return Named(keys, lastJoin);
 }
@@ -146,7 +158,8 @@ JobWording::Translation JobWording::Translate(const std::string& message) const 
     const bool mayBegin = before == ' ' || before == '(';
     if (mayBegin && rest.starts_with(kDashes)) replacement = TakeOption(rest, keys);
     if (!replacement.empty()) {
-      translation.Text += replacement;
+      const bool isToBeAdded = IsToBeAdded(translation.Text, keys);
+      translation.Text += replacement + (isToBeAdded ? " = true" : "");
       for (const std::string_view key : keys) {
         if (translation.Line == 0) translation.Line = LineOf(key);
       }

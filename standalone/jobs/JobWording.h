@@ -37,6 +37,8 @@ class JobWording {
   std::string Sentence(const std::string& message) const;
   // The same behind the file and the line of the first key in it that the job has.
   std::string Refusal(const std::string& message) const;
+  // A message about a file that the job names, behind the line and the name of the key that names it.
+  std::string FileFailure(std::string_view key, const std::string& message) const;
 
  private:
   struct Phrase {

@@ -283,8 +283,20 @@ class JobReader {
     m_results.SurvivorType = WordOfGroup(ChoiceGroup::SurvivorType, "");
     m_results.CI = WordOfGroup(ChoiceGroup::SurvivorLimits, "");
     m_results.Transform = WordOfGroup(ChoiceGroup::TimeTransform, "");
-    m_results.HasSurvivorLimits = m_source.Flag("ComputeSurvivorCI").value_or(true);
-    m_results.HasHazardLimits = m_source.Flag("ComputeCumulativeHazardCI").value_or(true);
+    m_results.HasSurvivorLimits = Limits("ComputeSurvivorCI");
+    m_results.HasHazardLimits = Limits("ComputeCumulativeHazardCI");
+    const JobKey* type = m_source.Chosen(ChoiceGroup::SurvivorLimits);
+    if (type != nullptr && !m_results.HasSurvivorLimits) {
+      m_source.Fail(type->Name, Messages::TypeWithoutLimits(ShownName(*type), LineOf("ComputeSurvivorCI")));
+    }
+  }
+
+  // Both functions have limits until they are taken out.
+  bool Limits(const char* key) const {
+    const std::optional<bool> flag = m_source.Flag(key);
+    const bool isShown = m_results.ShowsAll || m_results.Shows("survivor") || m_results.Shows("hazard");
+    if (flag && !isShown) m_source.Fail(key, Messages::ComputeWithoutSummary(key));
+    return flag.value_or(true);
   }
 
   void ReadHost() {

@@ -210,7 +210,7 @@ class JobLines {
       Add("SpecifyCovariateValues", TomlList(patterns));
     }
     AddChoice("--survivor-type", m_results.SurvivorType);
-    if (m_results.CI != "none") AddChoice("--ci", m_results.CI);
+    if (m_results.CI != "none" && m_results.HasSurvivorLimits) AddChoice("--ci", m_results.CI);
     AddChoice("--ph-transform", m_results.Transform);
   }
 

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -56,7 +57,15 @@ class TableForms : public ::testing::Test {
   const TemporaryFolder m_folder;
 };
 
-// Forty cases with dates, texts and missing values, by fixed arithmetic.
+// All 17 digits that a double can need.
+std::string AllDigits(double number) {
+  char digits[40];
+  std::snprintf(digits, sizeof digits, "%.17g", number);
+  return digits;
+}
+
+// Forty cases with dates, texts and missing values, by fixed arithmetic. The numbers need all their digits, so that a
+// form that lost one would show, and are of a size that the form of .por files has room for.
 std::string StudyText() {
   std::string text = "ENTERED,LAST,DIED,AGE,DOSE,ARM\n";
   const char* const arms[] = {"drug", "placebo", "none"};
@@ -64,8 +73,8 @@ std::string StudyText() {
     const auto two = [](int number) { return (number < 10 ? "0" : "") + std::to_string(number); };
     text += "2019-" + two(1 + i % 12) + "-" + two(1 + i * 7 % 28) + ",2020-" + two(1 + i * 5 % 12) + "-" +
             two(1 + i % 28) + ",";
-    text += std::to_string(i % 3 == 0 ? 0 : 1) + "," + (i == 17 ? "" : std::to_string(40 + i * 11 % 37)) + ",";
-    text += std::to_string(i * 13 % 8) + "." + std::to_string(i % 4 * 25) + "," + (i == 23 ? "" : arms[i % 3]) + "\n";
+    text += std::to_string(i % 3 == 0 ? 0 : 1) + "," + (i == 17 ? "" : AllDigits(40.1 + i * 11 % 37)) + ",";
+    text += AllDigits((70 + i * 13 % 8 + i % 4 * 0.25) / 7.0) + "," + (i == 23 ? "" : arms[i % 3]) + "\n";
   }
   return text;
 }

@@ -5,6 +5,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
@@ -30,36 +31,43 @@ constexpr int kMostAttempts = 4 * kMoments;
 constexpr int kEnoughKills = 5;
 constexpr const char* kUnfinished = ".orvcox-unfinished-1";
 
-class UnfinishedOutput : public ::testing::TestWithParam<const char*> {
+// What a run writes: the results of a fit by --output, its job by --save-job, or a table by convert.
+struct Written {
+  const char* Name;
+  const char* Command;
+  const char* File;
+};
+
+class UnfinishedOutput : public ::testing::TestWithParam<Written> {
  protected:
   void SetUp() override {
+    WriteTable("long.csv", "age", "dose");
+    WriteTable("age.csv", "age", "none");
+    WriteTable("dose.csv", "none", "dose");
+    fs::create_directory(m_place.Path() / "out");
+  }
+
+  void WriteTable(const char* name, const char* first, const char* second) const {
     constexpr int kCases = 3000;
-    std::ofstream file(m_place.Path() / "long.csv");
-    file << "time,status,age,dose\n";
+    std::ofstream file(m_place.Path() / name);
+    file << "time,status," << first << ',' << second << '\n';
     for (int i = 0; i < kCases; ++i) {
       file << (i * 7919) % 5003 + 1 << ',' << (i % 5 == 0 ? 0 : 1) << ',' << (i * 31) % 67 << ',' << (i * 17) % 29
            << '\n';
     }
-    fs::create_directory(m_place.Path() / "out");
   }
 
-  // A run that writes the residuals of all cases; the results go with the covariate.
-  std::vector<std::string> Arguments(const char* covariate) const {
-    return {"fit",
-            "../long.csv",
-            "--time",
-            "time",
-            "--status",
-            "status",
-            "--covariates",
-            covariate,
-            "--show",
-            "residuals",
-            "--quiet",
-            "--residuals",
-            "martingale,deviance,score,schoenfeld,dfbeta,xbeta",
-            "--output",
-            GetParam()};
+  // A run that writes what goes with the covariate: the residuals of all cases, a job, or a table.
+  std::vector<std::string> Arguments(const std::string& covariate) const {
+    const std::string command = GetParam().Command;
+    if (command == "convert") return {command, "../" + covariate + ".csv", GetParam().File};
+    std::vector<std::string> arguments = {"fit",    "../long.csv",  "--time",  "time",   "--status",
+                                          "status", "--covariates", covariate, "--quiet"};
+    const std::vector<std::string> residuals = {"--show", "residuals", "--residuals",
+                                                "martingale,deviance,score,schoenfeld,dfbeta,xbeta"};
+    if (command == "--output") arguments.insert(arguments.end(), residuals.begin(), residuals.end());
+    arguments.insert(arguments.end(), {command, GetParam().File});
+    return arguments;
   }
 
   int Run(const char* covariate) const {
@@ -159,7 +167,9 @@ TEST_P(UnfinishedOutput, BeyondTheLargestSizeOfFilesLeavesWhatWasThere) {
   const Files before = Finished();
   rlimit saved{};
   ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &saved), 0);
-  const rlimit small{60000, saved.rlim_max};
+  std::size_t largest = 0;
+  for (const auto& [name, content] : before) largest = std::max(largest, content.size());
+  const rlimit small{largest / 2, saved.rlim_max};
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
   const int exitCode = Run("dose");
   ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &saved), 0);
@@ -170,11 +180,16 @@ TEST_P(UnfinishedOutput, BeyondTheLargestSizeOfFilesLeavesWhatWasThere) {
 
 INSTANTIATE_TEST_SUITE_P(EveryForm,
                          UnfinishedOutput,
-                         ::testing::Values("r.txt", "r.md", "r.html", "r.json", "r.xlsx", "r/"),
-                         [](const auto& form) {
-                           const std::string name = form.param;
-                           return name == "r/" ? "folder" : name.substr(2);
-                         });
+                         ::testing::Values(Written{"txt", "--output", "r.txt"},
+                                           Written{"md", "--output", "r.md"},
+                                           Written{"html", "--output", "r.html"},
+                                           Written{"json", "--output", "r.json"},
+                                           Written{"xlsx", "--output", "r.xlsx"},
+                                           Written{"folder", "--output", "r/"},
+                                           Written{"job", "--save-job", "r.toml"},
+                                           Written{"table_orv", "convert", "r.orv"},
+                                           Written{"table_csv", "convert", "r.csv"}),
+                         [](const auto& form) { return form.param.Name; });
 
 }  // namespace
 }  // namespace orv::testing

@@ -48,7 +48,6 @@ TEST(JobValue, AFaultIsToldWithItsLine) {
     const char* Text;
     const char* Start;
   } const cases[] = {
-      {"a = 1\na = 2\n", "t.toml:2: this is not TOML: cannot redefine existing integer 'a'."},
       {"\nTable = trial.csv\n", "t.toml:2: this is not TOML: "},
       {"[a\n", "t.toml:1: this is not TOML: "},
       {"a = \"\n", "t.toml:1: this is not TOML: "},
@@ -63,6 +62,34 @@ TEST(JobValue, AFaultIsToldWithItsLine) {
       const std::string message = error.what();
       EXPECT_EQ(message.substr(0, std::string(c.Start).size()), c.Start) << message;
       EXPECT_NE(message.find("texts stand in quotes"), std::string::npos) << message;
+    }
+  }
+}
+
+TEST(JobValue, WhatIsWrittenWellAndStillWrongIsToldWithoutAHintOnWriting) {
+  const std::string key = "this key is there already. Take one of the two out.";
+  const std::string table = "this section or table is there already. Write all that belongs to it in one place.";
+  struct {
+    const char* Text;
+    std::string Message;
+  } const cases[] = {
+      {"a = 1\na = 2\n", "t.toml:2: " + key},
+      {"a = true\n\"a\" = true\n", "t.toml:2: " + key},
+      {"a = { b = [1], b = [2] }\n", "t.toml:1: " + key},
+      {"[a]\nb = 1\n[a]\nc = 2\n", "t.toml:3: " + table},
+      {"[a]\nb.c = 1\n[a.b]\nd = 2\n", "t.toml:3: " + table},
+      {"a = { b = 1 }\na.c = 2\n", "t.toml:2: " + table},
+      {"a.b = 1\na = 2\n", "t.toml:2: " + table},
+      {"a = 99999999999999999999\n", "t.toml:1: the number 99999999999999999999 is out of range."},
+      {"a = 0xFFFFFFFFFFFFFFFFF\n", "t.toml:1: the number 0xFFFFFFFFFFFFFFFFF is out of range."},
+      {"a = 1e999\n", "t.toml:1: the number 1e999 is out of range."},
+  };
+  for (const auto& c : cases) {
+    try {
+      ParseJobText(c.Text, "t.toml");
+      ADD_FAILURE() << "taken: " << c.Text;
+    } catch (const JobError& error) {
+      EXPECT_EQ(error.what(), c.Message);
     }
   }
 }

@@ -36,7 +36,9 @@ TEST(JobWording, OptionsAreToldAsTheKeysThatSayTheSame) {
       {"only with --select forward, backward, stepwise or best.",
        "only with ModelBuildingForwardSelection, ModelBuildingBackwardSelection, ModelBuildingStepwiseSelection or "
        "ModelBuildingBestSubsets."},
-      {"add --show survivor or hazard.", "add SurvivalCumulativeHazardSummary."},
+      {"add --show survivor or hazard.", "add SurvivalCumulativeHazardSummary = true."},
+      {"Add --robust.", "Add UseRobustVariance = true."},
+      {"give these with --start-values.", "give these with EditParameterStatusValues.Values."},
       {"--select is not offered.", "ModelBuildingStepwiseSelection is not offered."},
       {"--interval: \"x\" holds texts.", "Variables.Start and Variables.Stop: \"x\" holds texts."},
       {"--time: \"d\" holds dates. Use --dates START END, and so on.",

@@ -32,13 +32,53 @@ TEST(RefusedJob, KeysThatAreNone) {
        ":6: Covariates: no such key in [CoxPHStartup]. It belongs to "
        "[CoxPHStartup.Variables]."},
       {"Table = \"t.csv\"", ":6: Table: no such key here. It stands above the first section."},
-      {"[CoxPHResult]\nPHTest = true", ":6: [CoxPHResult]: no such section. Closest: CoxPHResults."},
-      {"[q]", ":6: [q]: no such section. There are [CoxPHStartup], [CoxPHResults] and [Host]."},
+      {"[CoxPHResult]\nPHTest = true", ":6: [CoxPHResult]: no such section. Closest: [CoxPHResults]."},
+      {"[q]",
+       ":6: [q]: no such section. There are [CoxPHStartup], [CoxPHStartup.Variables], [CoxPHResults] and [Host]."},
       {"[[Host]]", ":6: Host is a section: write [Host] and its keys below."},
       {"EditParameterStatusValues = { Value = [1] }",
        ":6: EditParameterStatusValues: \"Value\" is no part of it: use Values and Fixed."},
   };
   ExpectRefusals(cases);
+}
+
+TEST(RefusedJob, ASectionWithinASectionIsAmongTheClosest) {
+  const Case cases[] = {
+      {"variables.Strata = \"site\"",
+       ":6: [CoxPHStartup.variables]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"[CoxPHStartup.Variable]\nStrata = \"site\"",
+       ":6: [CoxPHStartup.Variable]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"[CoxPHResults.Variables]\nStrata = \"site\"",
+       ":6: [CoxPHResults.Variables]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"[Variables]\nStrata = \"site\"", ":6: [Variables]: no such section. Closest: [CoxPHStartup.Variables]."},
+      {"Varables = 5", ":6: Varables: no such key in [CoxPHStartup]. Closest: [CoxPHStartup.Variables]."},
+      {"ReferenceCategry = { arm = 1 }",
+       ":6: ReferenceCategry: no such key in [CoxPHStartup]. Closest: ReferenceCategory."},
+  };
+  ExpectRefusals(cases);
+}
+
+TEST(RefusedJob, AKeyThatIsCloseToOneOfAnotherSectionIsToldWithItsPlace) {
+  const Case cases[] = {
+      {"covariates = [\"age\"]",
+       ":6: covariates: no such key in [CoxPHStartup]. Closest: Covariates in [CoxPHStartup.Variables]."},
+      {"Variables.SubjectId = \"id\"",
+       ":6: SubjectId: no such key in [CoxPHStartup.Variables]. Closest: SubjectID in [CoxPHStartup]."},
+      {"Variables.Status = \"status\"",
+       ":6: Status: no such key in [CoxPHStartup.Variables]. Closest: CensoringIndicator."},
+      {"Weights = \"w\"", ":6: Weights: no such key in [CoxPHStartup]. Closest: CaseWeights in [Host]."},
+      {"Ties = \"efron\"",
+       ":6: Ties: no such key in [CoxPHStartup]. Closest: UseBreslowLikelihood, UseEfronLikelihood."},
+      {"[Host]\nTabel = \"t.csv\"", ":7: Tabel: no such key in [Host]. Closest: Table above the first section."},
+      {"[CoxPHResults]\nUseEfronLikelihod = true",
+       ":7: UseEfronLikelihod: no such key in [CoxPHResults]. Closest: UseEfronLikelihood in [CoxPHStartup], "
+       "UseBreslowLikelihood in [CoxPHStartup]."},
+  };
+  ExpectRefusals(cases);
+  EXPECT_EQ(RefusalOfJob("Tabl = \"t.csv\"\n"),
+            "trial.toml:1: Tabl: no such key above the first section. Closest: Table.");
+  EXPECT_EQ(RefusalOfJob("qqqq = \"t.csv\"\n"),
+            "trial.toml:1: qqqq: no such key above the first section. There is Table alone.");
 }
 
 TEST(RefusedJob, ValuesOfAnotherForm) {
@@ -52,25 +92,37 @@ TEST(RefusedJob, ValuesOfAnotherForm) {
       {"CodeForCompleteResponses = [1]",
        ":6: CodeForCompleteResponses: use a number, or the label of a value in quotes, not such a list."},
       {"DesignEffects = [\n  \"age\",\n  5,\n]",
-       ":8: DesignEffects: use a list of texts, such as [\"age\", \"dose\"], not a whole number."},
+       ":8: DesignEffects: item 2 is a whole number. Use a list of texts, such as [\"age\", \"dose\"]."},
       {"FactorCodes = [1, 2]",
        ":6: FactorCodes: use a list of codes for each factor, such as { arm = [1, 2] }, not such a list."},
       {"ReferenceCategory = { arm = [1, 2] }",
-       ":6: ReferenceCategory: use a code for each factor, such as { arm = 2 }, not such a list."},
+       ":6: ReferenceCategory.arm: use a code for each factor, such as { arm = 2 }, not such a list."},
       {"FactorCodes = { ph.ecog = [1, 2] }",
        ":6: FactorCodes: a name with a dot stands in quotes, such as \"ph.ecog\" = ..."},
       {"StrataCodes = 2024-01-01", ":6: StrataCodes: use a list of numbers or labels, such as [1, 2], not a date."},
       {"[CoxPHResults]\nSpecifyLinearCombination = [[1], \"x\"]",
-       ":7: SpecifyLinearCombination: use lists with a number for each coefficient, such as [[1, 0], [0, 1]], not a "
-       "text."},
+       ":7: SpecifyLinearCombination: item 2 is a text. Use lists with a number for each coefficient, such as [[1, 0], "
+       "[0, 1]]."},
+      {"[CoxPHResults]\nSpecifyLinearCombination = [[1, 2], [1, true]]",
+       ":7: SpecifyLinearCombination: item 2, item 2 is true or false. Use lists with a number for each coefficient, "
+       "such as [[1, 0], [0, 1]]."},
       {"[CoxPHResults]\nSpecifyCovariateValues = [\"age=5\"]",
-       ":7: SpecifyCovariateValues: use a list of patterns, such as [{ age = 60, arm = 2 }], not a text."},
+       ":7: SpecifyCovariateValues: item 1 is a text. Use a list of patterns, such as [{ age = 60, arm = 2 }]."},
       {"SubjectID = \"\"", ":6: SubjectID: the text is empty. Write a value, or leave the key out."},
       {"StrataCodes = []", ":6: StrataCodes: the list is empty. Write its items, or leave the key out."},
-      {"FactorCodes = { arm = [] }", ":6: FactorCodes: the list is empty. Write its items, or leave the key out."},
+      {"EditParameterStatusValues = { Values = [0.5, \"a\"] }",
+       ":6: EditParameterStatusValues.Values: item 2 is a text. Use start values and numbers of held ones, such as { "
+       "Values = [0.5, 0], Fixed = [1] }."},
+      {"ReferenceCategory = {}",
+       ":6: ReferenceCategory: use a code for each factor, such as { arm = 2 }, not an empty table."},
+      {"FactorCodes = { \"ph.ecog\" = [true] }",
+       ":6: FactorCodes.\"ph.ecog\": item 1 is true or false. Use a list of codes for each factor, such as { arm = [1, "
+       "2] }."},
+      {"FactorCodes = { arm = [] }", ":6: FactorCodes.arm: the list is empty. Write its items, or leave the key out."},
       {"FactorCodes = { \"\" = [1] }", ":6: FactorCodes: the text is empty. Write a value, or leave the key out."},
       {"pToEnter = nan", ":6: pToEnter: the number is not finite."},
-      {"EditParameterStatusValues = { Values = [inf] }", ":6: EditParameterStatusValues: the number is not finite."},
+      {"EditParameterStatusValues = { Values = [inf] }",
+       ":6: EditParameterStatusValues.Values: the number is not finite."},
   };
   ExpectRefusals(cases);
 }
@@ -104,6 +156,9 @@ TEST(RefusedJob, ChoicesThatExcludeEachOther) {
       {"[CoxPHResults]\nComputeLiklihoodDisplacement = true\nComputeLikelihoodDisplacement = false",
        ":7: ComputeLiklihoodDisplacement: ComputeLikelihoodDisplacement (line 8) is another name for it and says the "
        "opposite. Take one of the lines out."},
+      {"[CoxPHResults]\nSurvivalCumulativeHazardSummary = true\nSurvivorCITypeLog = true\nComputeSurvivorCI = false",
+       ":8: SurvivorCITypeLog: ComputeSurvivorCI (line 9) is false, so there are no limits. Take one of the lines "
+       "out."},
       {"InputTypeCountingProcess = true",
        ":6: InputTypeCountingProcess: this form of input goes with Variables.Start and Variables.Stop."},
       {"InputTypeSurvivalTimeWithTimeCov = true",
@@ -133,18 +188,24 @@ TEST(RefusedJob, WhatTheCommandLineRefusesTooIsToldInKeys) {
       {"pToEnter = 0.1", ":6: pToEnter belongs to ModelBuildingForwardSelection or ModelBuildingStepwiseSelection."},
       {"EditParameterStatusValues = { Fixed = [1] }",
        ":6: EditParameterStatusValues.Fixed: coefficients are held at their start values, so give these with "
-       "EditParameterStatusValues."},
+       "EditParameterStatusValues.Values."},
       {"DesignEffects = [\"age*\"]",
        ":6: DesignEffects: in \"age*\", at the end: expected the name of a covariate or factor."},
       {"StrataCodes = [1]", ":6: Variables.Strata is missing: name the variable that StrataCodes belongs to."},
       {"CodeForCompleteResponses = 1", ": CodeForCensoredResponses is missing: name the code of a censored case."},
       {"[CoxPHResults]\nPHTestLogTransform = true",
-       ":7: PHTestLogTransform says something about a result that is not shown: add PHTest."},
+       ":7: PHTestLogTransform says something about a result that is not shown: add PHTest = true."},
       {"[CoxPHResults]\nComputeCumulativeHazardFunction = true",
        ":7: ComputeCumulativeHazardFunction says something about a result that is not shown: add "
        "SurvivalCumulativeHazardSummary = true."},
+      {"[CoxPHResults]\nComputeSurvivorCI = true",
+       ":7: ComputeSurvivorCI says something about a result that is not shown: add "
+       "SurvivalCumulativeHazardSummary = true."},
+      {"[CoxPHResults]\nParameterEstimates = true\nComputeCumulativeHazardCI = false",
+       ":8: ComputeCumulativeHazardCI says something about a result that is not shown: add "
+       "SurvivalCumulativeHazardSummary = true."},
       {"[CoxPHResults]\nComputeScore = true",
-       ":7: ComputeScore says something about a result that is not shown: add ResidualSummary."},
+       ":7: ComputeScore says something about a result that is not shown: add ResidualSummary = true."},
   };
   ExpectRefusals(cases);
 }

@@ -10,6 +10,7 @@
 #include "cli/TemporaryFolder.h"
 #include "standalone/documents/WriteFileAtomically.h"
 #include "standalone/tables/SampleFiles.h"
+#include "standalone/tables/TableError.h"
 #include "standalone/tables/TableReaders.h"
 #include "standalone/tables/TableWriters.h"
 #include "standalone/tables/TextTables.h"
@@ -233,6 +234,8 @@ TEST_F(OrvFile, ProgressReachesItsEndAndReadingCanBeCancelled) {
   ReadTable(path, options);
   ASSERT_FALSE(reports.empty());
   EXPECT_EQ(reports.back(), (std::pair<std::uint64_t, std::uint64_t>(54, 54)));
+  options.Cancelled = [] { return true; };
+  EXPECT_THROW(ReadTable(path, options), TableReadCancelled);
 }
 
 }  // namespace

@@ -110,6 +110,7 @@ class SurvivorRun : public ::testing::Test {
                              SmallRiskSums::Multiplied);
   }
   std::vector<CurvePoint> HazardPoints(bool robust = false) {
+    FillEventRiskMoments(analysis->Fit());
     return *CumulativeHazard(analysis->Fit(), 0, results->Patterns.DesignRows.at(0), 0.95, robust);
   }
 

@@ -8,8 +8,8 @@ namespace orv::bench {
 
 struct CaseResult {
   std::string Name;      // without the size
-  double Seconds = 0.0;  // median over the runs, CPU time of one iteration
-  double Spread = 0.0;   // the middle half of the runs, as a share of the median
+  double Seconds = 0.0;  // least over the runs, CPU time of one iteration
+  double Spread = 0.0;   // what the median of the runs is above it, as a share of it
   std::string Answer;    // how the check before the timing came out
   std::map<std::string, double> Figures;
 

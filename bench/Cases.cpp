@@ -2,6 +2,8 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 namespace orv::bench {
 
 std::string CaseName(const std::string& group, const std::string& kind, int cases, int columns) {
@@ -12,9 +14,13 @@ std::string CaseName(const std::string& group, const std::string& kind, int case
   return fmt::format("{}/{}/{}x{}x{}", group, kind, cases, columns, tiedEvents);
 }
 
-double MultiplyAddsOfPass(double moves, double events, double covariates, bool efron) {
-  const double each = covariates * (covariates + 1.0) / 2.0 + covariates;
-  return each * (moves + (efron ? events : 0.0) + events);
+double MultiplyAddsOfPass(double moves, double events, double groups, double covariates, bool efron) {
+  constexpr double kRowsOfBlock = 64.0;
+  const double closing = std::min(moves, kRowsOfBlock * groups);
+  const bool sumsEvents = efron && groups < events;
+  const double means = sumsEvents ? 2.0 * groups : groups;
+  const double products = moves + closing + means + (sumsEvents ? moves - closing : 0.0);
+  return products * covariates * (covariates + 1.0) / 2.0 + 2.0 * moves * covariates;
 }
 
 }  // namespace orv::bench

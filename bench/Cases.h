@@ -53,11 +53,12 @@ void RegisterSelectionBenchmarks();
 // fit/...: a table in memory to the fitted model, with the cases read and sorted.
 void RegisterFitBenchmarks();
 
-// The multiply-adds that the formulas of one pass ask for: p (p + 1) / 2 + p for each case that enters the sums S1 and
-// S2 of the risk set or leaves them, for each event that enters the sums of its tied group (under Efron's rule only),
-// and for each event term that enters score and information. Not counted: the linear predictors, exponentials,
-// logarithms and divisions. The count is that of the definition, whatever the code saves.
-//   moves  cases that enter, and cases that leave
-double MultiplyAddsOfPass(double moves, double events, double covariates, bool efron);
+// The multiply-adds of one pass by blocks of rows: p for the linear predictor of a case and p where it enters the sum
+// S1 or leaves it; p (p + 1) / 2 for each case in the sum S2, for each case of a block in which a tied group closes,
+// for each mean of a group, and, under Efron's rule with ties, for each case of the other blocks in the sum over tied
+// events. Not counted: exponentials, logarithms, divisions, and what tiles compute beyond the triangle.
+//   moves   cases that enter, and cases that leave
+//   groups  times with events; as many as events without ties
+double MultiplyAddsOfPass(double moves, double events, double groups, double covariates, bool efron);
 
 }  // namespace orv::bench

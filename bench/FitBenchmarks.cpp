@@ -79,9 +79,10 @@ std::unique_ptr<PreparedFit> PrepareAndCheck(const SurvivalKind& kind, int cases
   }
   // One pass for each entry: the first is the pass at zero, which is where the fit starts.
   prepared->Passes = static_cast<double>(fit.m_LogLikHistory.size());
+  const double events = fit.m_pData->CompleteCaseCount;
   prepared->MultiplyAdds =
       prepared->Passes *
-      MultiplyAddsOfPass(fit.m_pData->ValidCaseCount, fit.m_pData->CompleteCaseCount, kCovariates, kind.Efron);
+      MultiplyAddsOfPass(fit.m_pData->ValidCaseCount, events, TimesWithEvents(kind, events), kCovariates, kind.Efron);
   return prepared;
 }
 

@@ -72,7 +72,9 @@ void RunPass(benchmark::State& state, const std::string& name, const SurvivalKin
   state.counters[Figures::PlainSeconds] = prepared->PlainSeconds;
   const CCoxData& data = prepared->Data();
   const double rows = data.ValidCaseCount + Leavers(data);
-  state.counters[Figures::MultiplyAdds] = MultiplyAddsOfPass(rows, data.CompleteCaseCount, covariates, kind.Efron);
+  const double events = data.CompleteCaseCount;
+  state.counters[Figures::MultiplyAdds] =
+      MultiplyAddsOfPass(rows, events, TimesWithEvents(kind, events), covariates, kind.Efron);
   state.counters[Figures::Bytes] = rows * data.CaseTable.ColumnCount() * sizeof(double);
 }
 

@@ -54,8 +54,8 @@ LikelihoodValues PreparedPass::Values() {
 }
 
 double PreparedPass::DigitsAgainstPlainForm() {
-  constexpr double kEnoughSeconds = 0.3;
-  constexpr int kMostEvaluations = 5;
+  constexpr double kEnoughSeconds = 0.6;
+  constexpr int kMostEvaluations = 20;
   testing::PlainPass plain = m_analysis.MakePlainPass();
   testing::PlainValue value;
   const double start = ThreadSeconds();

@@ -16,14 +16,6 @@ namespace {
 
 constexpr int kNameWidth = 27;
 
-// The value that a share of the sorted values lie below, between neighbours if need be.
-double Quantile(const std::vector<double>& sorted, double share) {
-  const double place = share * static_cast<double>(sorted.size() - 1);
-  const auto low = static_cast<std::size_t>(place);
-  const std::size_t high = std::min(low + 1, sorted.size() - 1);
-  return sorted[low] + (sorted[high] - sorted[low]) * (place - static_cast<double>(low));
-}
-
 // Empty when there are only aggregates, which come in a call of their own.
 std::optional<CaseResult> Summarize(const std::vector<benchmark::BenchmarkReporter::Run>& runs) {
   CaseResult result;
@@ -38,8 +30,8 @@ std::optional<CaseResult> Summarize(const std::vector<benchmark::BenchmarkReport
   }
   if (seconds.empty()) return std::nullopt;
   std::sort(seconds.begin(), seconds.end());
-  result.Seconds = Quantile(seconds, 0.5);
-  result.Spread = (Quantile(seconds, 0.75) - Quantile(seconds, 0.25)) / result.Seconds;
+  result.Seconds = seconds.front();
+  result.Spread = seconds[seconds.size() / 2] / result.Seconds - 1.0;
   return result;
 }
 

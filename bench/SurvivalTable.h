@@ -35,6 +35,11 @@ inline constexpr char kTimeDependentEffect[] = "x1*log(T_+1)";
 // table of tied events exactly 60 in 100, so that 3/5 of `cases` should be a multiple of TiedEvents.
 MemoryTable MakeSurvivalTable(const SurvivalKind& kind, int cases, int covariates);
 
+// The times with events in such a table of no tied events: that many, or as many as there are on the grid.
+inline double TimesWithEvents(const SurvivalKind& kind, double events) {
+  return kind.HeavyTies && events > kTimes ? kTimes : events;
+}
+
 // The numbers of those variables in the table, from 1; 0 for one that there is not.
 struct SurvivalVariables {
   SurvivalVariables(const SurvivalKind& kind, int covariates);

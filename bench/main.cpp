@@ -18,7 +18,7 @@ namespace orv::bench {
 namespace {
 
 // Defaults that the command line can override: many runs of a length well above the resolution of the clock.
-constexpr const char* kDefaultFlags[] = {"--benchmark_repetitions=9", "--benchmark_min_time=0.1"};
+constexpr const char* kDefaultFlags[] = {"--benchmark_repetitions=15", "--benchmark_min_time=0.05"};
 
 constexpr const char* kLegend =
     R"(read: a file to a table in memory. cases: that table to the sorted case table, which takes n log n. pass:
@@ -30,15 +30,15 @@ fitted model, cases and baseline included. derived: one family of residuals from
 select/forward: a table in memory to the model that forward selection finds; select/best: the bounded search for best
 subsets, without a fit.
 
-Each case is checked before it is timed. Times are CPU times of the one thread, medians over the runs; the spread is
-the middle half of the runs relative to the median.
+Each case is checked before it is timed. Times are CPU times of the one thread, the least over the runs, as the peaks of
+the machine are: what else it does can only add to them. The spread is what the median of the runs lies above the least.
   answer       digits to which the result agrees with the definition computed in long double; pass and interval: that
                on a small table, and the plain form of the pass on this one; discrete: that on a small
                table, and the two forms of input with each other on this one; subsets: with the recursion; derived:
                totals with what they must be
-  Gmadd/s      1e9 multiply-adds per second: p (p + 1) / 2 + p for each case that enters a risk-set sum or leaves it,
-               for each event in a sum over tied events (Efron) and for each event term; exponentials and divisions
-               are not counted
+  Gmadd/s      1e9 multiply-adds per second that the pass by blocks needs: p (p + 1) / 2 for each case that enters the
+               risk set or leaves it, once more where a group closes in its block, and for each group; 2 p a case;
+               exponentials, divisions and what tiles compute beyond the triangle are not counted
   of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
   x plain      the time of the plain form of the pass, which updates a p by p matrix for every row and every event, in
                the same build and on the same table, against the time of the pass

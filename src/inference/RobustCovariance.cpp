@@ -1,10 +1,14 @@
 // The sandwich estimate of the covariance, and the global tests that go with it.
 #include <algorithm>
+#include <new>
+#include <utility>
 
 #include "core/CCoxPH.h"
 #include "data/CCoxData.h"
 #include "data/RoundHalfAway.h"
 #include "fit/CCoxFit.h"
+#include "fit/PaddedRows.h"
+#include "fit/PassKernels.h"
 #include "fit/PseudoInverse.h"
 #include "host/WorkArray.h"
 #include "inference/ScoreResiduals.h"
@@ -29,15 +33,27 @@ DenseMatrix SumOverSubjects(const CCoxData& data, const DenseMatrix& residuals) 
   return sums;
 }
 
-// R R', summed over the cases or subjects.
-DenseMatrix Square(const DenseMatrix& R) {
-  DenseMatrix product = SquareMatrix(R.size());
-  for (std::size_t j = 0; j < R.size(); ++j) {
-    for (std::size_t l = 0; l <= j; ++l) {
-      double sum = 0.0;
-      for (std::size_t i = 0; i < R[j].size(); ++i) sum += R[j][i] * R[l][i];
-      product[j][l] = product[l][j] = sum;
+// R R', summed over the cases or subjects: blocks of them as rows, so that each element is fetched once. Empty when
+// memory is out.
+DenseMatrix Square(Host& host, const DenseMatrix& R) {
+  constexpr std::size_t kRows = 64;
+  const std::size_t p = R.size();
+  const int order = static_cast<int>(p);
+  PaddedRows block(host, static_cast<int>(kRows), order);
+  PaddedRows sums(host, order, order);
+  if (block.Failed() || sums.Failed()) return {};
+  const std::vector<double> ones(kRows, 1.0);
+  const std::size_t count = p > 0 ? R[0].size() : 0;
+  for (std::size_t first = 0; first < count; first += kRows) {
+    const std::size_t rows = std::min(kRows, count - first);
+    for (std::size_t j = 0; j < p; ++j) {
+      for (std::size_t i = 0; i < rows; ++i) block.Row(static_cast<int>(i))[j] = R[j][first + i];
     }
+    KernelsOfThisMachine().AddOuterProducts(sums.Row(0), block.Row(0), ones.data(), static_cast<int>(rows), order);
+  }
+  DenseMatrix product = SquareMatrix(p);
+  for (std::size_t j = 0; j < p; ++j) {
+    for (std::size_t l = 0; l <= j; ++l) product[j][l] = product[l][j] = sums.Row(static_cast<int>(j))[l];
   }
   return product;
 }
@@ -89,11 +105,17 @@ void CCoxFit::ComputeDfBeta() {
   ComputeScoreResiduals(*this);
   if (m_ScoreResiduals.size() != p) return;
   m_DfBeta.assign(p, std::vector<double>(m_pData->ValidCaseCount, 0.0));
-  for (std::size_t i = 0; i < p; ++i) {
-    for (std::size_t k = 0; k < p; ++k) {
-      const double v = m_Covariance[i][k];
-      if (v == 0.0) continue;
-      for (std::size_t c = 0; c < m_DfBeta[i].size(); ++c) m_DfBeta[i][c] += v * m_ScoreResiduals[k][c];
+  // By runs of cases whose residuals stay in the cache while every parameter takes them.
+  constexpr std::size_t kCases = 256;
+  const std::size_t n = m_pData->ValidCaseCount;
+  for (std::size_t first = 0; first < n; first += kCases) {
+    const std::size_t last = std::min(first + kCases, n);
+    for (std::size_t i = 0; i < p; ++i) {
+      for (std::size_t k = 0; k < p; ++k) {
+        const double v = m_Covariance[i][k];
+        if (v == 0.0) continue;
+        for (std::size_t c = first; c < last; ++c) m_DfBeta[i][c] += v * m_ScoreResiduals[k][c];
+      }
     }
   }
 }
@@ -104,13 +126,17 @@ void CCoxFit::ComputeRobustCovariance() {
   const WeightRecord* weights = Owner().m_Commons.Weights;
   const bool isWeighted = weights != nullptr && weights->On;
   ComputeScoreResiduals(*this);
-  if (Settings().SubjectVariable == 0 && !isWeighted) {
-    ComputeDfBeta();
-    m_RobustCovariance = Square(m_DfBeta);
-    return;
-  }
   // Weights without subjects: each case is a subject of its own.
-  m_RobustCovariance = Sandwich(m_Covariance, Square(SumOverSubjects(*m_pData, m_ScoreResiduals)));
+  const bool takesCases = Settings().SubjectVariable == 0 && !isWeighted;
+  DenseMatrix sums;
+  if (takesCases) {
+    ComputeDfBeta();
+  } else {
+    sums = SumOverSubjects(*m_pData, m_ScoreResiduals);
+  }
+  DenseMatrix square = Square(HostOf(), takesCases ? m_DfBeta : sums);
+  if (square.size() != m_Covariance.size()) throw std::bad_alloc();
+  m_RobustCovariance = takesCases ? std::move(square) : Sandwich(m_Covariance, square);
 }
 
 double CCoxFit::RobustWaldStatistic() const {
@@ -130,7 +156,7 @@ double CCoxFit::RobustScoreStatistic() {
     for (const double residual : ofParameter) sum += residual;
     u.push_back(sum);
   }
-  return InverseQuadraticForm(HostOf(), Square(residuals), u);
+  return InverseQuadraticForm(HostOf(), Square(HostOf(), residuals), u);
 }
 
 }  // namespace orv

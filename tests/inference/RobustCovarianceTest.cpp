@@ -199,6 +199,19 @@ TEST(RobustTests, AreZeroWithoutMemory) {
   }
 }
 
+// A covariance that is not there must not let that of the model stand in its place.
+TEST(RobustCovariance, WithoutMemoryThrows) {
+  TestAnalysis analysis(RandomSurvivalColumns(1, 30, false));
+  DefineForm(analysis, {});
+  CCoxFit& fit = WriteFit(analysis, Likelihoods::Breslow, {0.1, 0.2});
+  for (int failing = 1; failing <= 2; ++failing) {
+    analysis.Host.FailAllocation(failing);
+    EXPECT_THROW(fit.ComputeRobustCovariance(), std::bad_alloc) << failing;
+  }
+  fit.ComputeRobustCovariance();
+  EXPECT_EQ(fit.m_RobustCovariance.size(), 2U);
+}
+
 // A matrix of zeros has the zero matrix as its inverse of this kind.
 TEST(RobustTests, AreZeroOnAMatrixOfZeros) {
   TestAnalysis analysis(RandomSurvivalColumns(1, 30, false));

@@ -104,7 +104,11 @@ class PlainPass {
   }
 
   void CloseGroup(double events, double meanWeight, PlainValue& value) {
-    for (double k = 0.0; k < events; k += 1.0) SubtractEvent(k * m_efronStep / events, meanWeight, value);
+    if (m_efronStep == 0) {
+      SubtractEvent(0.0, meanWeight * events, value);  // equal terms, whose rounding would add up
+    } else {
+      for (double k = 0.0; k < events; k += 1.0) SubtractEvent(k / events, meanWeight, value);
+    }
     m_events.Clear();
   }
 

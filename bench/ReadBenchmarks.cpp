@@ -33,6 +33,7 @@ constexpr ReadKind kKinds[] = {{"numbers", FileKind::Numbers, ".csv"},
                                {"digits.dta", FileKind::Digits, ".dta"}};
 constexpr int kSizes[] = {10'000, 100'000, 1'000'000};
 constexpr int kScans = 5;
+constexpr double kMostMemory = 1.5;  // of reading, against the table read
 
 struct PreparedFile {
   PreparedFile(FileKind kind, int cases) : File(kind, cases) {}
@@ -55,6 +56,11 @@ std::unique_ptr<PreparedFile> PrepareAndCheck(const ReadKind& kind, int cases) {
     if (isDelimited && lines != static_cast<std::uint64_t>(cases) + 1) throw std::runtime_error("the scan is wrong");
   }
   prepared->PeakBytes = PeakMemoryOfReading(file.Path());
+  // Of small tables the program itself takes more.
+  const double tableBytes = static_cast<double>(cases) * kFileColumns * sizeof(double);
+  if (cases >= 1'000'000 && prepared->PeakBytes > kMostMemory * tableBytes) {
+    throw std::runtime_error("reading takes more than 1.5 times the memory of the table");
+  }
   return prepared;
 }
 

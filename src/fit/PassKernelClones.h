@@ -1,7 +1,7 @@
 // The bodies of the pass kernels, compiled once for each vector unit by the files that include this one.
 //
 // Such a file is compiled for a unit that the machine may lack, so nothing of it may be taken for another's: everything
-// stands in an unnamed namespace, and no header with inline functions is included.
+// stands in an unnamed namespace or is always inlined, and no function of the standard library is called.
 #pragma once
 
 #include <cstddef>
@@ -205,11 +205,11 @@ struct Clones {
       Vector sums[kSums] = {};
       int i = 0;
       for (; i + kSums <= count; i += kSums) {
-        sums[0] += Load<kWidth>(column) * factors[i];
-        sums[1] += Load<kWidth>(column + stride) * factors[i + 1];
-        column += kSums * stride;
+        const double* row = column + static_cast<std::size_t>(i) * stride;
+        sums[0] += Load<kWidth>(row) * factors[i];
+        sums[1] += Load<kWidth>(row + stride) * factors[i + 1];
       }
-      if (i < count) sums[0] += Load<kWidth>(column) * factors[i];
+      if (i < count) sums[0] += Load<kWidth>(column + static_cast<std::size_t>(i) * stride) * factors[i];
       Store<kWidth>(sum + v * kWidth, Load<kWidth>(sum + v * kWidth) + (sums[0] + sums[1]));
     }
   }
@@ -220,16 +220,15 @@ struct Clones {
   static void Tile(double* C, const double* A, const double* B, const double* factors, int count, std::size_t stride) {
     Vector sums[Rows][Vectors] = {};
     for (int i = 0; i < count; ++i) {
+      const std::size_t at = static_cast<std::size_t>(i) * stride;
       Vector b[Vectors];
 #pragma GCC unroll 4
-      for (int v = 0; v < Vectors; ++v) b[v] = Load<kWidth>(B + v * kWidth) * factors[i];
+      for (int v = 0; v < Vectors; ++v) b[v] = Load<kWidth>(B + at + v * kWidth) * factors[i];
 #pragma GCC unroll 16
       for (int r = 0; r < Rows; ++r) {
 #pragma GCC unroll 4
-        for (int v = 0; v < Vectors; ++v) sums[r][v] += b[v] * A[r];
+        for (int v = 0; v < Vectors; ++v) sums[r][v] += b[v] * A[at + r];
       }
-      A += stride;
-      B += stride;
     }
 #pragma GCC unroll 16
     for (int r = 0; r < Rows; ++r) {

@@ -57,7 +57,7 @@ struct PassKernels {
   void (*AddCombination)(double* sum, const double* B, const double* factors, int count, int p);
 
   // C_jl += sum over i of factors_i B_ij B_il for l <= j: count rows B_i, p rows of C. What stands to the right of the
-  // diagonal of C is work space up to the next whole vector.
+  // diagonal of C is work space, to the end of the row.
   // The sum over i is formed first, i ascending, and then added.
   void (*AddOuterProducts)(double* C, const double* B, const double* factors, int count, int p);
 };

@@ -143,7 +143,10 @@ TiedEvents ComputeBreslowBaseline(CCoxFit& fit) {
 }
 
 void FillEventRiskMoments(CCoxFit& fit) {
-  if (!fit.m_BreslowCurves.empty() && fit.m_EventRiskMoments.empty()) WalkStrata(fit, Kept::Moments);
+  // Of all strata or of none: memory may be out on the way.
+  if (fit.m_EventRiskMoments.size() == fit.m_BreslowCurves.size()) return;
+  fit.m_EventRiskMoments.clear();
+  WalkStrata(fit, Kept::Moments);
 }
 
 }  // namespace orv

@@ -1,6 +1,7 @@
 // The passes on tables of many blocks, against the pass as the textbooks write it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -105,6 +106,29 @@ TEST(BlockedPass, AgreesWithThePlainPassOverIntervals) {
       const std::vector<double> beta = SmallVector(11, table.Parameters);
       ExpectAgrees(RunPass(pass, table.Parameters, beta), plain.Evaluate(beta.data()), Describe(table, efron));
     }
+  }
+}
+
+// A row of a very high risk that leaves: what is left of the sums is built anew, from more rows than a block holds.
+TEST(BlockedPass, AgreesWithTheDefinitionWhereTheRiskSetIsBuiltAnew) {
+  constexpr int kRows = 300;
+  TestRandom random(21);
+  std::vector<ReferenceCase> rows = RandomCases(20, kRows, 3, 40, 1, true);
+  for (ReferenceCase& row : rows) row.Start = random.Integer(2) == 0 ? 0.0 : std::max(0.0, row.Time - 8.0);
+  ReferenceCase heavy = rows.front();
+  heavy.Start = 20.0;
+  heavy.Time = 35.0;
+  heavy.Event = false;
+  heavy.X = {30.0, 0.0, 0.0};
+  rows.push_back(heavy);
+  const PassCases cases(rows);
+  const std::vector<double> beta = {1.0, -0.5, 0.25};
+  for (const bool efron : {false, true}) {
+    HeapOnlyHost host;
+    CountingPass pass(host, cases.Table(), cases.Count(), cases.Columns(false), cases.StartColumn(), LeadingColumns(3),
+                      efron ? 1 : 0);
+    const testing::ReferenceValue expected = EvaluateReference(cases.Cases(), testing::ToReal(beta), efron);
+    testing::ExpectAgrees(RunPass(pass, 3, beta), expected, 1e-9, efron ? "Efron" : "Breslow");
   }
 }
 

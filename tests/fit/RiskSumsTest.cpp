@@ -219,7 +219,9 @@ void Walk(const RandomWalk& walk, int p, int efronStep, const PassKernels& kerne
   int left = 1 + random.Integer(walk.RowsOfGroup);
   sums.StartPass();
   for (int step = 0; step < walk.Steps; ++step) {
-    if (random.Integer(100) < walk.EndsInHundred) {
+    // A risk set that ends in the middle of a group would leave Efron's events without a part of S0.
+    const bool mayEnd = efronStep == 0 || events == 0;
+    if (random.Integer(100) < walk.EndsInHundred && mayEnd) {
       sums.ClearRiskSet();
       plain.ClearRiskSet();
       atRisk.clear();
@@ -241,7 +243,7 @@ void Walk(const RandomWalk& walk, int p, int efronStep, const PassKernels& kerne
       plain.AddEvent(x, wr);
       ++events;
     }
-    // A group that lost its events' risk set has no term; the last group always closes.
+    // The last group always closes.
     if (--left > 0 && step + 1 < walk.Steps) continue;
     const double weight = 1.25 + random.Value();
     if (events > 0) {
@@ -263,12 +265,38 @@ void Walk(const RandomWalk& walk, int p, int efronStep, const PassKernels& kerne
 TEST(RiskSums, BlocksGiveWhatEveryStepAtOnceGives) {
   for (const PassKernels& kernels : AvailableKernels()) {
     for (const RandomWalk& walk : kWalks) {
-      // A risk set that ends in the middle of a group leaves Efron's events without a part of S0.
-      for (const int efronStep : {0, walk.EndsInHundred > 0 && walk.RowsOfGroup > 1 ? 0 : 1}) {
+      for (const int efronStep : {0, 1}) {
         for (const int p : {0, 1, 3, 8, 13, 25}) Walk(walk, p, efronStep, kernels);
       }
     }
   }
+}
+
+// Rows at risk that are built anew in the middle of a tied group: its events are those of before.
+TEST(RiskSums, EventsOfTheOpenGroupStayWhenTheRiskSetIsBuiltAnew) {
+  constexpr int kRows = 3;
+  Derivatives ends[] = {Derivatives(2), Derivatives(2)};
+  double likelihoods[] = {0.0, 0.0};
+  for (const bool anew : {false, true}) {
+    HeapOnlyHost host;
+    RiskSums sums(host, 2, 1);
+    CompensatedSum L;
+    sums.StartPass();
+    for (int i = 0; i < kRows; ++i) {
+      sums.Join(kX[i], kWr[i]);
+      if (i < 2) sums.AddEvent();
+    }
+    if (anew) {
+      sums.ClearRiskSet();
+      for (int i = 0; i < kRows; ++i) sums.Join(kX[i], kWr[i]);
+    }
+    sums.CloseGroup(2, 1.5, false, L);
+    ends[anew ? 1 : 0] = EndPass(sums, 2);
+    likelihoods[anew ? 1 : 0] = L.Value();
+  }
+  EXPECT_EQ(likelihoods[0], likelihoods[1]);
+  for (std::size_t j = 0; j < ends[0].U.size(); ++j) EXPECT_NEAR(ends[1].U[j], ends[0].U[j], 1e-14);
+  for (std::size_t k = 0; k < ends[0].H.size(); ++k) EXPECT_NEAR(ends[1].H[k], ends[0].H[k], 1e-14);
 }
 
 // S0 decides on the last digits of the likelihood: a row of 1e16 that came and went leaves the ones as they were.

@@ -32,10 +32,9 @@ subsets, without a fit.
 
 Each case is checked before it is timed. Times are CPU times of the one thread, the least over the runs, as the peaks of
 the machine are: what else it does can only add to them. The spread is what the median of the runs lies above the least.
-  answer       digits to which the result agrees with the definition computed in long double; pass and interval: that
-               on a small table, and the plain form of the pass on this one; discrete: that on a small
-               table, and the two forms of input with each other on this one; subsets: with the recursion; derived:
-               totals with what they must be
+  answer       digits to which the result agrees with the definition computed in long double; pass and interval: with the
+               plain form of the pass, too; discrete: that on a small table, and the two forms of input with each other
+               on this one; subsets: with the recursion; derived: totals with what they must be
   Gmadd/s      1e9 multiply-adds per second that the pass by blocks needs: p (p + 1) / 2 for each case that enters the
                risk set or leaves it, once more where a group closes in its block, and for each group; 2 p a case;
                exponentials, divisions and what tiles compute beyond the triangle are not counted

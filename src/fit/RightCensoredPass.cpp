@@ -12,11 +12,11 @@ RightCensoredPass::RightCensoredPass(Host& host,
                                      int efronStep)
     : m_cases(cases),
       m_n(n),
+      m_p(static_cast<int>(activeColumns.size())),
       m_columns(columns),
       m_ties(host, cases, n, columns),
-      m_p(static_cast<int>(activeColumns.size())),
       m_rows(host, cases, n, columns, activeColumns),
-      m_sums(host, static_cast<int>(activeColumns.size()), efronStep) {}
+      m_sums(host, m_p, efronStep) {}
 
 double RightCensoredPass::Evaluate(const double* beta, double* U, double** H) {
   const bool atZero = beta == nullptr;

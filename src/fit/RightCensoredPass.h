@@ -34,9 +34,9 @@ class RightCensoredPass : public PartialLikelihood {
  private:
   const CaseTable& m_cases;
   const int m_n;
+  const int m_p;
   const CaseColumns m_columns;
   TieTable m_ties;
-  const int m_p;
   RowsAhead m_rows;
   RiskSums m_sums;
 };

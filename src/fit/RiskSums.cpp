@@ -156,11 +156,7 @@ void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, Compens
     m_kernels.Scale(NextMean(weight, weight), m_S1.Row(0), q, m_p);
   }
   m_reciprocal[static_cast<std::size_t>(m_count)] += terms.Reciprocals;
-  if (m_efronStep != 0) {
-    ClearEvents();
-  } else {
-    m_E0 = 0.0;
-  }
+  ClearEvents();
 }
 
 // The means a = u + g v of a tied group: their mean, as often as there are events, and their spread along v.

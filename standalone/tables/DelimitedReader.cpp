@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <limits>
 #include <memory>
+#include <new>
 #include <system_error>
 #include <unordered_map>
 #include <utility>
@@ -120,7 +121,11 @@ class FirstReading : public CaseSink {
     constexpr double kMargin = 1.05;
     if (std::exchange(m_hasRoom, true)) return;
     const double expected = std::min<double>(CaseCount() / share * kMargin, std::numeric_limits<int>::max());
-    for (ColumnBuilder& column : m_columns) column.Reserve(static_cast<std::size_t>(expected));
+    try {
+      for (ColumnBuilder& column : m_columns) column.Reserve(static_cast<std::size_t>(expected));
+    } catch (const std::bad_alloc&) {
+      // Lines may grow longer further on; the columns grow as the cases come.
+    }
   }
   std::vector<ColumnBuilder>& Columns() { return m_columns; }
 

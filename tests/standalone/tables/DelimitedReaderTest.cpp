@@ -6,6 +6,7 @@
 
 #include "standalone/tables/DelimitedReader.h"
 #include "standalone/tables/TextTables.h"
+#include "support/AllocationHook.h"
 
 namespace orv {
 namespace {
@@ -200,6 +201,20 @@ TEST(DelimitedReader, TakesTheGreatestNumberOfVariables) {
   EXPECT_EQ(table.VariableCount(), kMaximumVariables);
   EXPECT_EQ(table.Value(kMaximumVariables, 1), kMaximumVariables);
   EXPECT_EQ(table.FindVariable("v32767"), kMaximumVariables);
+}
+
+// Short lines at the head of a file let far more cases expect than there are. Room for those is no condition.
+TEST(DelimitedReader, ReadsOnWhereThereIsNoRoomForTheCasesThatItsFirstLinesLetExpect) {
+  constexpr int kShortLines = 20'000;
+  constexpr int kLongLines = 1000;
+  std::string text = "a\n";
+  for (int line = 0; line < kShortLines; ++line) text += "1" + std::string(14, ' ') + "\n";
+  for (int line = 0; line < kLongLines; ++line) text += "2" + std::string(8000, ' ') + "\n";
+  const testing::LargeAllocationsFail limit(std::size_t{1} << 20);
+  const MemoryTable table = ReadText(text);
+  ASSERT_EQ(table.CaseCount(), kShortLines + kLongLines);
+  EXPECT_EQ(table.Value(1, 1), 1.0);
+  EXPECT_EQ(table.Value(1, kShortLines + kLongLines), 2.0);
 }
 
 }  // namespace

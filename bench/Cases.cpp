@@ -18,9 +18,9 @@ double MultiplyAddsOfPass(double moves, double events, double groups, double cov
   constexpr double kRowsOfBlock = 64.0;
   const double closing = std::min(moves, kRowsOfBlock * groups);
   const bool sumsEvents = efron && groups < events;
-  const double means = sumsEvents ? 2.0 * groups : groups;
-  const double products = moves + closing + means + (sumsEvents ? moves - closing : 0.0);
-  return products * covariates * (covariates + 1.0) / 2.0 + 2.0 * moves * covariates;
+  const double products = moves + closing + (sumsEvents ? 2.0 * groups + moves - closing : 0.0);
+  constexpr double kVectorsOfCase = 5.0;
+  return products * covariates * (covariates + 1.0) / 2.0 + kVectorsOfCase * moves * covariates;
 }
 
 }  // namespace orv::bench

@@ -53,10 +53,11 @@ void RegisterSelectionBenchmarks();
 // fit/...: a table in memory to the fitted model, with the cases read and sorted.
 void RegisterFitBenchmarks();
 
-// The multiply-adds of one pass by blocks of rows: p for the linear predictor of a case and p where it enters the sum
-// S1 or leaves it; p (p + 1) / 2 for each case in the sum S2, for each case of a block in which a tied group closes,
-// for each mean of a group, and, under Efron's rule with ties, for each case of the other blocks in the sum over tied
-// events. Not counted: exponentials, logarithms, divisions, and what tiles compute beyond the triangle.
+// The multiply-adds of one pass by blocks of rows: for a case that enters or leaves p each for its linear predictor,
+// its parts in the sum S1 and in the score, and two for its centring; p (p + 1) / 2 for each case in the sum S2, for
+// each case of a block in which a group closes, and, under Efron's rule with ties, for each case of the other blocks in
+// the sum over tied events and two for each tied group. Not counted: exponentials, logarithms, divisions, and what
+// tiles compute beyond the triangle.
 //   moves   cases that enter, and cases that leave
 //   groups  times with events; as many as events without ties
 double MultiplyAddsOfPass(double moves, double events, double groups, double covariates, bool efron);

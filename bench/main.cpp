@@ -36,8 +36,9 @@ the machine are: what else it does can only add to them. The spread is what the 
                plain form of the pass, too; discrete: that on a small table, and the two forms of input with each other
                on this one; subsets: with the recursion; derived: totals with what they must be
   Gmadd/s      1e9 multiply-adds per second that the pass by blocks needs: p (p + 1) / 2 for each case that enters the
-               risk set or leaves it, once more where a group closes in its block, and for each group; 2 p a case;
-               exponentials, divisions and what tiles compute beyond the triangle are not counted
+               risk set or leaves it, once more where a group closes in its block, and more for tied groups under
+               Efron's rule; 5 p a case; exponentials, divisions and what tiles compute beyond the triangle are not
+               counted
   of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
   x plain      the time of the plain form of the pass, which updates a p by p matrix for every row and every event, in
                the same build and on the same table, against the time of the pass

@@ -16,7 +16,14 @@ class CompensatedSum {
     m_lost += termIsSmaller ? (m_sum - sum) + term : (term - sum) + m_sum;
     m_sum = sum;
   }
+  // A term in two parts, of which the second is small.
+  void Add(double term, double rest) {
+    Add(term);
+    m_lost += rest;
+  }
   double Value() const { return m_sum + m_lost; }
+  // What the sum is more than `value`, a number near to it.
+  double Since(double value) const { return (m_sum - value) + m_lost; }
   // What has come in since this sum was `earlier`, exact to its own size and not to that of the sum.
   double Since(const CompensatedSum& earlier) const { return (m_sum - earlier.m_sum) + (m_lost - earlier.m_lost); }
 

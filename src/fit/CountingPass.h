@@ -37,6 +37,7 @@ class CountingPass : public PartialLikelihood {
   const CaseColumns m_columns;
   TieTable m_ties;
   RowsAhead m_rows;
+  PaddedRows m_x;  // design values of the rows that m_rows has loaded
   RiskSums m_sums;
   IntervalRiskSet m_riskSet;
 };

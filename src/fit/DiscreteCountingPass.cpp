@@ -77,7 +77,7 @@ void DiscreteCountingPass::CloseGroup(int row, CompensatedSum& L, double* U) {
     SubtractSubsetTerm(SumOverSubsets(d), L, U, m_H.Data(), m_design.Count());
   } else {
     // The subsets of one member are the members: the term of a lone event is that of the other rules for ties.
-    m_running.CloseGroup(1.0, 1.0, false, L);
+    m_running.CloseGroup(1.0, 1.0, false);
   }
   AddNumerator(row, L, U);
 }
@@ -99,7 +99,7 @@ double DiscreteCountingPass::Evaluate(const double* beta, double* U, double** H)
     if (m_ties.Deaths(row) > 0.0) CloseGroup(row, L, U);
   }
   CopyPackedToUpper(m_H.Data(), H, p);
-  m_running.EndPass(U, H);
+  m_running.EndPass(L, U, H);
   return L.Value();
 }
 

@@ -49,15 +49,6 @@ void IntervalRiskSet::EnterStratum(int lastRow) {
 
 void IntervalRiskSet::Join(int row, const double* x, double wr) {
   m_sums.Join(x, wr);
-  NoteMember(row, wr);
-}
-
-void IntervalRiskSet::JoinPadded(int row, const double* x, double wr) {
-  m_sums.JoinPadded(x, wr);
-  NoteMember(row, wr);
-}
-
-void IntervalRiskSet::NoteMember(int row, double wr) {
   m_wr[static_cast<std::size_t>(row)] = wr;
   if (m_members != nullptr) m_members->AddBefore(row);
   ++m_atRisk;

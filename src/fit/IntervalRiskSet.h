@@ -37,8 +37,6 @@ class IntervalRiskSet {
   void RemoveLeavers(int row);
   // A row joins with its design values and its weighted risk.
   void Join(int row, const double* x, double wr);
-  // The same for values that are padded as a row of a block.
-  void JoinPadded(int row, const double* x, double wr);
 
   int StratumEnd() const { return m_stratumEnd; }
   // What a row of the walk has brought into the sums.
@@ -46,7 +44,6 @@ class IntervalRiskSet {
 
  private:
   void Empty();
-  void NoteMember(int row, double wr);
   void FetchAhead() const;
   void RestoreDigits(int row);
 

@@ -18,17 +18,17 @@ struct VectorOf;
 template <>
 struct VectorOf<2> {
   typedef double Type __attribute__((vector_size(16)));
-  typedef std::int64_t Bits __attribute__((vector_size(16)));
+  typedef std::uint64_t Bits __attribute__((vector_size(16)));
 };
 template <>
 struct VectorOf<4> {
   typedef double Type __attribute__((vector_size(32)));
-  typedef std::int64_t Bits __attribute__((vector_size(32)));
+  typedef std::uint64_t Bits __attribute__((vector_size(32)));
 };
 template <>
 struct VectorOf<8> {
   typedef double Type __attribute__((vector_size(64)));
-  typedef std::int64_t Bits __attribute__((vector_size(64)));
+  typedef std::uint64_t Bits __attribute__((vector_size(64)));
 };
 
 template <int Width>
@@ -48,17 +48,30 @@ template <typename Unit>
 struct HalfOf {
   static constexpr int Width = Unit::Width / 2;
   static constexpr int Rows = 1;
-  static constexpr int Vectors = 1;
 };
 
-// Unit: Width, the doubles of a vector; Rows and Vectors, the largest tile.
+// Unit: Width, the doubles of a vector; Rows, those of the largest tile, which is three vectors wide; LostByProduct(a,
+// b, p), what p = a b has lost to rounding.
 template <typename Unit>
 struct Clones {
   static constexpr int kWidth = Unit::Width;
   using Vector = typename VectorOf<kWidth>::Type;
   // Of a double.
-  static constexpr std::int64_t kExponentBias = 1023;
+  static constexpr std::uint64_t kExponentBias = 1023;
   static constexpr int kFractionBits = 52;
+
+  using Bits = typename VectorOf<kWidth>::Bits;
+
+  static Bits BitsOf(Vector vector) {
+    Bits bits;
+    __builtin_memcpy(&bits, &vector, sizeof bits);
+    return bits;
+  }
+  static Vector FromBits(Bits bits) {
+    Vector vector;
+    __builtin_memcpy(&vector, &bits, sizeof vector);
+    return vector;
+  }
 
   // Whole vectors that hold p elements.
   static constexpr int Vectors(int p) { return (p + kWidth - 1) / kWidth; }
@@ -134,12 +147,7 @@ struct Clones {
     const Vector lostByHead = r - (head - 1.0);
     const Vector fraction = head + (lostByHead + (lostByR + r * r * q));
     // The low bits of the shifted number are n, and those of a double above bit 52 its exponent.
-    typename VectorOf<kWidth>::Bits bits;
-    __builtin_memcpy(&bits, &shifted, sizeof bits);
-    bits = (bits + kExponentBias) << kFractionBits;
-    Vector power;
-    __builtin_memcpy(&power, &bits, sizeof power);
-    return fraction * power;
+    return fraction * FromBits((BitsOf(shifted) + kExponentBias) << kFractionBits);
   }
 
   static void Exponentials(const double* eta, double* results, int count) {
@@ -153,6 +161,60 @@ struct Clones {
     for (int i = 0; i < count; i += kWidth) Store<kWidth>(results + i, Exponential(Load<kWidth>(eta + i)));
   }
 
+  // x = 2^k m with m from sqrt(1/2) to sqrt(2), and log m = 2 atanh(s) with s = (m - 1) / (m + 1), whose series is cut
+  // where its terms are below 1e-20 of the first. log 2 is taken in two parts, of which the first times k is exact.
+  // What s, the sum and the product with the factor lose to rounding goes into the rest. REQUIRES: x normal and
+  // positive.
+  static void LogarithmsOf(const double* x, const double* lost, const double* factors, double* terms, double* rest) {
+    constexpr double kLog2High = 0x1.62e42fefa3800p-1;
+    constexpr double kLog2Low = 0x1.ef35793c76730p-45;
+    constexpr std::uint64_t kBitsOfRootOfHalf = 0x3fe6a09e667f3bcd;
+    constexpr double kShifter = 0x1p52;  // its lowest bit is 1
+    constexpr double kBias = 1023.0;
+    constexpr int kTerms = 13;
+    const Vector values = Load<kWidth>(x);
+    const Bits bits = BitsOf(values);
+    const Bits exponent = (bits - kBitsOfRootOfHalf + (kExponentBias << kFractionBits)) >> kFractionBits;
+    const Vector k = FromBits(exponent + BitsOf(Vector{} + kShifter)) - kShifter - kBias;
+    const Vector m = FromBits(bits - ((exponent - kExponentBias) << kFractionBits));
+    const Vector f = m - 1.0;
+    const Vector d = f + 2.0;
+    const Vector lostByD = f - (d - 2.0);
+    const Vector s = f / d;
+    const Vector product = s * d;
+    const Vector lostByS = ((f - product) - Unit::LostByProduct(s, d, product) - s * lostByD) / d;
+    const Vector t = s * s;
+    Vector series = Vector{} + 2.0 / (2 * kTerms + 1);
+    for (int n = kTerms - 1; n > 0; --n) series = series * t + 2.0 / (2 * n + 1);
+    const Vector whole = k * kLog2High;
+    const Vector first = s * 2.0;
+    const Vector head = whole + first;
+    const Vector tail =
+        (first - (head - whole)) + (k * kLog2Low + (lostByS * 2.0 + s * t * series)) + Load<kWidth>(lost) / values;
+    const Vector factor = Load<kWidth>(factors);
+    const Vector term = head * factor;
+    Store<kWidth>(terms, term);
+    Store<kWidth>(rest, Unit::LostByProduct(head, factor, term) + tail * factor);
+  }
+
+  static void Logarithms(const double* x,
+                         const double* lost,
+                         const double* factors,
+                         double* terms,
+                         double* rest,
+                         int count) {
+    bool isInRange = true;
+    for (int i = 0; i < count; ++i) isInRange &= x[i] >= __DBL_MIN__ && x[i] <= __DBL_MAX__;
+    if (!isInRange) {
+      for (int i = 0; i < count; ++i) {
+        terms[i] = factors[i] * __builtin_log(x[i]);
+        rest[i] = 0.0;
+      }
+      return;
+    }
+    for (int i = 0; i < count; i += kWidth) LogarithmsOf(x + i, lost + i, factors + i, terms + i, rest + i);
+  }
+
   template <int Count>
   static void CopyPart(const double*& from, double*& to, int count) {
     if ((count & Count) == 0) return;
@@ -161,11 +223,11 @@ struct Clones {
     to += Count;
   }
 
-  static void CopyRows(const double* cells, std::size_t distance, double* B, int count, int p) {
+  static void CopyRows(const double* cells, std::ptrdiff_t distance, double* B, int count, int p) {
     const std::size_t stride = PaddedOrder(static_cast<std::size_t>(p));
     const int whole = p / kWidth * kWidth;
     for (int i = 0; i < count; ++i) {
-      const double* from = cells + static_cast<std::size_t>(i) * distance;
+      const double* from = cells + i * distance;
       double* to = B + static_cast<std::size_t>(i) * stride;
       for (int j = 0; j < whole; j += kWidth) Store<kWidth>(to + j, Load<kWidth>(from + j));
       from += whole;
@@ -177,12 +239,85 @@ struct Clones {
     }
   }
 
-  static void Join(const double* x, double weight, double* copy, double* sum, int p) {
-    for (int v = 0; v < Vectors(p); ++v) {
-      const int j = v * kWidth;
-      const Vector values = Load<kWidth>(x + j);
-      Store<kWidth>(copy + j, values);
-      Store<kWidth>(sum + j, Load<kWidth>(sum + j) + values * weight);
+  static void SubtractRow(double* B, const double* row, int count, int p) {
+    const std::size_t stride = PaddedOrder(static_cast<std::size_t>(p));
+    for (int i = 0; i < count; ++i) {
+      double* from = B + static_cast<std::size_t>(i) * stride;
+      for (int v = 0; v < Vectors(p); ++v) {
+        const int j = v * kWidth;
+        Store<kWidth>(from + j, Load<kWidth>(from + j) - Load<kWidth>(row + j));
+      }
+    }
+  }
+
+  // CentreRows for Part vectors of each row, which start at place j.
+  template <int Part>
+  static void CentreColumns(const double* B,
+                            const RowTerms& terms,
+                            double* S1,
+                            double* U,
+                            double* pull,
+                            double* A,
+                            int count,
+                            std::size_t stride) {
+    Vector sums[Part];
+#pragma GCC unroll 4
+    for (int v = 0; v < Part; ++v) sums[v] = Load<kWidth>(S1 + v * kWidth);
+    for (int i = 0; i < count; ++i) {
+      const std::size_t at = static_cast<std::size_t>(i) * stride;
+      const double wr = terms.wr[i];
+      const double q = terms.q[i];
+      const double r = terms.r[i];
+#pragma GCC unroll 4
+      for (int v = 0; v < Part; ++v) {
+        sums[v] += Load<kWidth>(B + at + v * kWidth) * wr;
+        Store<kWidth>(A + at + v * kWidth, sums[v] * q * r);
+      }
+    }
+    Vector pulls[Part] = {};
+    Vector scores[Part] = {};
+    for (int i = count; i-- > 0;) {
+      const std::size_t at = static_cast<std::size_t>(i) * stride;
+      const double wr = terms.wr[i];
+      const double share = terms.share[i];
+      const double score = terms.score[i];
+#pragma GCC unroll 4
+      for (int v = 0; v < Part; ++v) {
+        const Vector values = Load<kWidth>(B + at + v * kWidth);
+        pulls[v] += Load<kWidth>(A + at + v * kWidth);
+        scores[v] += values * score;
+        Store<kWidth>(A + at + v * kWidth, values * share - pulls[v] * wr);
+      }
+    }
+#pragma GCC unroll 4
+    for (int v = 0; v < Part; ++v) {
+      Store<kWidth>(S1 + v * kWidth, sums[v]);
+      Store<kWidth>(U + v * kWidth, Load<kWidth>(U + v * kWidth) + scores[v]);
+      Store<kWidth>(pull + v * kWidth, pulls[v]);
+    }
+  }
+
+  static void
+  CentreRows(const double* B, const RowTerms& terms, double* S1, double* U, double* pull, double* A, int count, int p) {
+    const std::size_t stride = PaddedOrder(static_cast<std::size_t>(p));
+    const int last = Vectors(p) * kWidth;
+    int j = 0;
+    for (; j + 4 * kWidth <= last; j += 4 * kWidth) {
+      CentreColumns<4>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
+    }
+    for (; j + 2 * kWidth <= last; j += 2 * kWidth) {
+      CentreColumns<2>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
+    }
+    if (j < last) CentreColumns<1>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
+  }
+
+  static void ScaleRows(const double* B, const double* factors, double* A, int count, int p) {
+    const std::size_t stride = PaddedOrder(static_cast<std::size_t>(p));
+    for (int i = 0; i < count; ++i) {
+      const std::size_t at = static_cast<std::size_t>(i) * stride;
+      for (int v = 0; v < Vectors(p); ++v) {
+        Store<kWidth>(A + at + v * kWidth, Load<kWidth>(B + at + v * kWidth) * factors[i]);
+      }
     }
   }
 
@@ -214,65 +349,97 @@ struct Clones {
     }
   }
 
-  // A tile of C: Rows rows from the pointer on, Vectors vectors wide. A and B point into the same rows, to the column
-  // of the tile's first row and to its own first column.
-  template <int Rows, int Vectors>
-  static void Tile(double* C, const double* A, const double* B, const double* factors, int count, std::size_t stride) {
-    Vector sums[Rows][Vectors] = {};
+  // Walks over the store that is to be fetched, a line of the cache at a time.
+  struct Fetcher {
+    const char* Next;
+    std::size_t Left;
+    std::size_t Step;  // 0 once nothing is left: the same line again costs nothing
+
+    explicit Fetcher(const ComingStore& store)
+        : Next(static_cast<const char*>(store.first)), Left(store.bytes), Step(store.bytes > 0 ? kLine : 0) {}
+    void Skip(std::size_t lines) {
+      if (Left == 0) return;
+      const std::size_t bytes = lines * kLine;
+      Next += bytes < Left ? bytes : Left - 1;
+      Left -= bytes < Left ? bytes : Left;
+      if (Left == 0) Step = 0;
+    }
+    static constexpr std::size_t kLine = kVectorDoubles * sizeof(double);
+  };
+
+  // A tile of C: Rows rows from the pointer on, Part vectors wide. A and B point to the columns of their rows that
+  // belong to the tile's first row and first column.
+  template <int Rows, int Part>
+  static void Tile(double* C, const double* A, const double* B, int count, std::size_t stride, Fetcher& fetcher) {
+    constexpr int kSecondCache = 2;
+    Vector sums[Rows][Part] = {};
+    const char* fetch = fetcher.Next;
     for (int i = 0; i < count; ++i) {
       const std::size_t at = static_cast<std::size_t>(i) * stride;
-      Vector b[Vectors];
+      __builtin_prefetch(fetch, 0, kSecondCache);
+      fetch += fetcher.Step;
+      Vector b[Part];
 #pragma GCC unroll 4
-      for (int v = 0; v < Vectors; ++v) b[v] = Load<kWidth>(B + at + v * kWidth) * factors[i];
-#pragma GCC unroll 16
+      for (int v = 0; v < Part; ++v) b[v] = Load<kWidth>(B + at + v * kWidth);
+#pragma GCC unroll 8
       for (int r = 0; r < Rows; ++r) {
 #pragma GCC unroll 4
-        for (int v = 0; v < Vectors; ++v) sums[r][v] += b[v] * A[at + r];
+        for (int v = 0; v < Part; ++v) sums[r][v] += b[v] * A[at + r];
       }
     }
-#pragma GCC unroll 16
+    fetcher.Skip(static_cast<std::size_t>(count));
+#pragma GCC unroll 8
     for (int r = 0; r < Rows; ++r) {
       double* row = C + static_cast<std::size_t>(r) * stride;
 #pragma GCC unroll 4
-      for (int v = 0; v < Vectors; ++v) Store<kWidth>(row + v * kWidth, Load<kWidth>(row + v * kWidth) + sums[r][v]);
+      for (int v = 0; v < Part; ++v) Store<kWidth>(row + v * kWidth, Load<kWidth>(row + v * kWidth) + sums[r][v]);
     }
   }
 
   // The tiles of Rows rows of C, the first of which is row j, down to the diagonal.
   template <int Rows>
-  static void Panel(double* C, const double* B, const double* factors, int count, std::size_t stride, int j) {
-    constexpr int kWide = Unit::Vectors * kWidth;
-    const int columns = j + Rows;
-    double* row = C + static_cast<std::size_t>(j) * stride;
-    int l = 0;
-    for (; l + kWide - kWidth < columns; l += kWide) {
-      Tile<Rows, Unit::Vectors>(row + l, B + j, B + l, factors, count, stride);
+  static void
+  Panel(double* C, const double* A, const double* B, int count, std::size_t stride, int j, Fetcher& fetcher) {
+    C += static_cast<std::size_t>(j) * stride;
+    A += j;
+    int left = Vectors(j + Rows);
+    // Four vectors make two tiles of two, which keep the vector unit busier than one of three and one of one.
+    for (; left > 4 || left == 3; left -= 3, C += 3 * kWidth, B += 3 * kWidth) {
+      Tile<Rows, 3>(C, A, B, count, stride, fetcher);
     }
-    for (; l < columns; l += kWidth) Tile<Rows, 1>(row + l, B + j, B + l, factors, count, stride);
+    for (; left >= 2; left -= 2, C += 2 * kWidth, B += 2 * kWidth) Tile<Rows, 2>(C, A, B, count, stride, fetcher);
+    if (left == 1) Tile<Rows, 1>(C, A, B, count, stride, fetcher);
   }
 
   // A panel of fewer rows than the largest tile.
   template <int Rows>
-  static void
-  LastPanel(int rows, double* C, const double* B, const double* factors, int count, std::size_t stride, int j) {
+  static void LastPanel(int rows,
+                        double* C,
+                        const double* A,
+                        const double* B,
+                        int count,
+                        std::size_t stride,
+                        int j,
+                        Fetcher& fetcher) {
     if (rows == Rows) {
-      Panel<Rows>(C, B, factors, count, stride, j);
+      Panel<Rows>(C, A, B, count, stride, j, fetcher);
     } else if constexpr (Rows > 1) {
-      LastPanel<Rows - 1>(rows, C, B, factors, count, stride, j);
+      LastPanel<Rows - 1>(rows, C, A, B, count, stride, j, fetcher);
     }
   }
 
-  static void AddOuterProducts(double* C, const double* B, const double* factors, int count, int p) {
+  static void AddProducts(double* C, const double* A, const double* B, int count, int p, const ComingStore& next) {
     const std::size_t stride = PaddedOrder(static_cast<std::size_t>(p));
     if (count == 0) return;
+    Fetcher fetcher(next);
     int j = 0;
-    for (; j + Unit::Rows <= p; j += Unit::Rows) Panel<Unit::Rows>(C, B, factors, count, stride, j);
-    if constexpr (Unit::Rows > 1) LastPanel<Unit::Rows - 1>(p - j, C, B, factors, count, stride, j);
+    for (; j + Unit::Rows <= p; j += Unit::Rows) Panel<Unit::Rows>(C, A, B, count, stride, j, fetcher);
+    if constexpr (Unit::Rows > 1) LastPanel<Unit::Rows - 1>(p - j, C, A, B, count, stride, j, fetcher);
   }
 
   static constexpr PassKernels Table(const char* name) {
-    return {name,      LinearPredictor, LinearPredictors, Exponentials,    CopyRows, Join,
-            AddScaled, Scale,           AddCombination,   AddOuterProducts};
+    return {name,       LinearPredictor, LinearPredictors, Exponentials, Logarithms,     CopyRows,   SubtractRow,
+            CentreRows, ScaleRows,       AddScaled,        Scale,        AddCombination, AddProducts};
   }
 };
 

@@ -26,6 +26,22 @@ inline constexpr std::size_t kVectorDoubles = 8;
   return ((order + kVectorDoubles - 1) / kVectorDoubles | 1U) * kVectorDoubles;
 }
 
+// Of the rows of a block, a number each: what they bring into the sums of a pass.
+struct RowTerms {
+  const double* wr;     // the weighted risk
+  const double* share;  // wr times the sum of 1 / D over the groups that find the row at risk
+  const double* score;  // the factor in the score
+  const double* q;      // 1 / S0 where a group closes on the row
+  const double* r;      // the sum of its weights / S0; 0 for rows on which no group closes
+};
+
+// Store that is read soon, and that the processor may fetch while it multiplies. Nothing, or `bytes` from an address
+// on.
+struct ComingStore {
+  const void* first = nullptr;
+  std::size_t bytes = 0;
+};
+
 // Vectors that a comment calls padded have as many elements as a row of a block, with zeros from place p on. Lists of
 // numbers for each row of a block have room for whole vectors of kVectorDoubles.
 struct PassKernels {
@@ -41,11 +57,34 @@ struct PassKernels {
   // the library's function.
   void (*Exponentials)(const double* eta, double* results, int count);
 
-  // B_i := the p values at cells + i distance, for count rows.
-  void (*CopyRows)(const double* cells, std::size_t distance, double* B, int count, int p);
+  // terms_i + rest_i = factors_i log(x_i + lost_i) for count numbers and small lost_i, to within 1e-18 of the
+  // logarithm: each rest takes up what its term loses to rounding. All lists have room for whole vectors. The status
+  // flags are left as by the library's function, which also serves where some x_i is not a normal positive number; the
+  // rest is 0 then.
+  void (
+      *Logarithms)(const double* x, const double* lost, const double* factors, double* terms, double* rest, int count);
 
-  // copy := x, sum += weight x. Padded; copy may be x.
-  void (*Join)(const double* x, double weight, double* copy, double* sum, int p);
+  // B_i := the p values at cells + i distance, for count rows. The distance may be negative.
+  void (*CopyRows)(const double* cells, std::ptrdiff_t distance, double* B, int count, int p);
+
+  // B_i -= row for count rows. Padded.
+  void (*SubtractRow)(double* B, const double* row, int count, int p);
+
+  // Rows of a block against the groups that close on them; see RowTerms. Padded.
+  //   S1 += wr_i B_i, row by row;  T_i = r_i (q_i S1)
+  //   A_i = share_i B_i - wr_i (T_i + T_i+1 + ... + T_count)
+  //   U += score_i B_i over all rows;  pull := the sum of all T_i
+  void (*CentreRows)(const double* B,
+                     const RowTerms& terms,
+                     double* S1,
+                     double* U,
+                     double* pull,
+                     double* A,
+                     int count,
+                     int p);
+
+  // A_i := factors_i B_i for count rows. Padded.
+  void (*ScaleRows)(const double* B, const double* factors, double* A, int count, int p);
 
   // y += factor x. Padded.
   void (*AddScaled)(double* y, const double* x, double factor, int p);
@@ -56,10 +95,10 @@ struct PassKernels {
   // sum += factors_i B_i over count rows. Padded.
   void (*AddCombination)(double* sum, const double* B, const double* factors, int count, int p);
 
-  // C_jl += sum over i of factors_i B_ij B_il for l <= j: count rows B_i, p rows of C. What stands to the right of the
+  // C_jl += sum over i of A_ij B_il for l <= j: count rows A_i and B_i, p rows of C. What stands to the right of the
   // diagonal of C is work space, to the end of the row.
-  // The sum over i is formed first, i ascending, and then added.
-  void (*AddOuterProducts)(double* C, const double* B, const double* factors, int count, int p);
+  // The sum over i is formed first, i ascending, and then added. Meanwhile the processor fetches what comes next.
+  void (*AddProducts)(double* C, const double* A, const double* B, int count, int p, const ComingStore& next);
 };
 
 // The clone for this machine.

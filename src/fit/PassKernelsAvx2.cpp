@@ -7,8 +7,14 @@ namespace {
 
 struct Avx2Unit {
   static constexpr int Width = 4;
-  static constexpr int Rows = 6;
-  static constexpr int Vectors = 2;
+  static constexpr int Rows = 4;
+  using Vector = VectorOf<Width>::Type;
+
+  static Vector LostByProduct(Vector a, Vector b, Vector p) {
+    Vector lost;
+    for (int lane = 0; lane < Width; ++lane) lost[lane] = __builtin_fma(a[lane], b[lane], -p[lane]);
+    return lost;
+  }
 };
 
 }  // namespace

@@ -7,8 +7,14 @@ namespace {
 
 struct Avx512Unit {
   static constexpr int Width = 8;
-  static constexpr int Rows = 12;
-  static constexpr int Vectors = 2;
+  static constexpr int Rows = 8;
+  using Vector = VectorOf<Width>::Type;
+
+  static Vector LostByProduct(Vector a, Vector b, Vector p) {
+    Vector lost;
+    for (int lane = 0; lane < Width; ++lane) lost[lane] = __builtin_fma(a[lane], b[lane], -p[lane]);
+    return lost;
+  }
 };
 
 }  // namespace

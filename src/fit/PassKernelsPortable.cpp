@@ -7,8 +7,22 @@ namespace {
 
 struct PortableUnit {
   static constexpr int Width = 2;
-  static constexpr int Rows = 4;
-  static constexpr int Vectors = 2;
+  static constexpr int Rows = 2;
+  using Vector = VectorOf<Width>::Type;
+
+  // The halves of a number have exact products (Dekker, 1971; Veltkamp, 1968).
+  static Vector HighHalf(Vector a) {
+    constexpr double kSplitter = 0x1p27 + 1.0;
+    const Vector spread = a * kSplitter;
+    return spread - (spread - a);
+  }
+  static Vector LostByProduct(Vector a, Vector b, Vector p) {
+    const Vector aHigh = HighHalf(a);
+    const Vector bHigh = HighHalf(b);
+    const Vector aLow = a - aHigh;
+    const Vector bLow = b - bHigh;
+    return ((aHigh * bHigh - p) + aHigh * bLow + aLow * bHigh) + aLow * bLow;
+  }
 };
 
 }  // namespace

@@ -19,20 +19,48 @@ RightCensoredPass::RightCensoredPass(Host& host,
       m_sums(host, m_p, efronStep) {}
 
 double RightCensoredPass::Evaluate(const double* beta, double* U, double** H) {
-  const bool atZero = beta == nullptr;
-  m_sums.StartPass();
+  m_atZero = beta == nullptr;
+  m_sums.StartPass(m_rows.Constants());
   ClearDerivatives(U, H, m_p);
   m_rows.Start(beta);
-  CompensatedSum L;
-  for (int row = m_n; row >= 1; --row) {
-    if (m_ties.EndsStratum(row)) m_sums.ClearRiskSet();
-    m_rows.Next();
-    m_sums.JoinPadded(m_rows.X(), m_rows.WeightedRisk());
-    if (m_cases.GetRow(row)[m_columns.Status] == 1.0) m_sums.AddEvent(m_rows.Eta(), m_rows.Weight(), L);
-    if (m_ties.Deaths(row) > 0.0) m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), atZero, L);
+  m_L = {};
+  for (int row = m_n; row >= 1;) {
+    double* x = m_sums.NextRow(m_rows.Next());
+    const int count = m_rows.Load(x, m_sums.Room());
+    for (int first = 0; first < count;) {
+      if (m_ties.EndsStratum(row - first)) m_sums.ClearRiskSet();
+      int end = first + 1;
+      while (end < count && !m_ties.EndsStratum(row - end)) ++end;
+      JoinRows(row, first, end);
+      first = end;
+    }
+    row -= count;
   }
-  m_sums.EndPass(U, H);
-  return L.Value();
+  m_sums.EndPass(m_L, U, H);
+  return m_L.Value();
+}
+
+// The loaded rows from `first` to before `end`, all of one stratum; the first of all that are loaded is `row` of the
+// table.
+void RightCensoredPass::JoinRows(int row, int first, int end) {
+  const int offset = m_sums.Waiting() - first;
+  const double* isEvent = m_rows.IsEvent();
+  const double* weight = m_rows.Weight();
+  m_sums.JoinRows(end - first, m_rows.WeightedRisk() + first, isEvent + first, weight + first);
+  CompensatedSum L = m_L;
+  for (int k = first; k < end; ++k) L.Add(m_rows.Eta()[k] * (weight[k] * isEvent[k]));
+  m_L = L;
+  // Listed first, since a branch that is taken at random costs more than the list.
+  int closing[RowsAhead::kRows];
+  int closings = 0;
+  for (int k = first; k < end; ++k) {
+    closing[closings] = k;
+    closings += m_ties.Deaths(row - k) > 0.0 ? 1 : 0;
+  }
+  for (int i = 0; i < closings; ++i) {
+    const int k = closing[i];
+    m_sums.CloseGroup(offset + k, m_ties.Deaths(row - k), m_ties.MeanWeight(row - k), m_atZero);
+  }
 }
 
 }  // namespace orv

@@ -32,6 +32,8 @@ class RightCensoredPass : public PartialLikelihood {
   double Evaluate(const double* beta, double* U, double** H) override;
 
  private:
+  void JoinRows(int row, int first, int end);
+
   const CaseTable& m_cases;
   const int m_n;
   const int m_p;
@@ -39,6 +41,8 @@ class RightCensoredPass : public PartialLikelihood {
   TieTable m_ties;
   RowsAhead m_rows;
   RiskSums m_sums;
+  CompensatedSum m_L;
+  bool m_atZero = false;
 };
 
 }  // namespace orv

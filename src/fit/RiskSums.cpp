@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <utility>
 
 #include "data/RoundHalfAway.h"
 
@@ -9,14 +11,13 @@ namespace orv {
 
 namespace {
 
-// Enough rows for the products to be worth their start, and few enough for the blocks to stay in the cache.
-constexpr int kBlockRows = 64;
+// As many tied groups as are worth the start of a product.
 constexpr int kMeanRows = 64;
 
 }  // namespace
 
 struct RiskSums::GroupTerms {
-  int Count = 0;
+  double EventRisks = 0.0;     // E0
   double Reciprocals = 0.0;    // sum of m / D
   double Fractions = 0.0;      // sum of m f / D
   double MeanPlace = 0.0;      // mean of g
@@ -27,114 +28,157 @@ RiskSums::RiskSums(Host& host, int p, int efronStep, const PassKernels& kernels)
     : m_p(p),
       m_efronStep(efronStep),
       m_kernels(kernels),
-      m_S1(host, 1, p),
-      m_E1(host, 1, p),
+      m_origin(host, 1, p),
       m_U(host, 1, p),
-      m_block(host, kBlockRows, p),
+      m_H(host, p, p),
+      m_block(host, kBlockRows + 1, p),
+      m_left(host, kBlockRows + 1, p),
+      m_pull(host, 1, p),
+      m_S0Here(host, kBlockRows),
       m_wr(host, kBlockRows),
       m_eventWr(host, kBlockRows),
       m_eventWeight(host, kBlockRows),
+      m_reciprocal(host, kBlockRows),
+      m_r(host, kBlockRows),
+      m_q(host, kBlockRows),
       m_share(host, kBlockRows),
-      m_reciprocal(host, kBlockRows + 1),
+      m_score(host, kBlockRows),
+      m_S1(host, 1, p),
       m_S2(host, p, p),
+      m_E1(host, 1, p),
       m_E2(host, p, p),
-      m_H(host, p, p),
+      m_S1Here(host, 1, p),
       m_means(host, kMeanRows, p),
-      m_meanWeight(host, kMeanRows),
-      m_scoreWeight(host, kMeanRows) {}
+      m_leftOfMeans(host, kMeanRows, p),
+      m_denominator(host, kBlockRows),
+      m_lostByDenominator(host, kBlockRows),
+      m_factor(host, kBlockRows),
+      m_term(host, kBlockRows),
+      m_restOfTerm(host, kBlockRows) {}
 
 bool RiskSums::Failed() const {
-  return m_S1.Failed() || m_E1.Failed() || m_U.Failed() || m_block.Failed() || m_wr.Failed() || m_eventWr.Failed() ||
-         m_eventWeight.Failed() || m_share.Failed() || m_reciprocal.Failed() || m_S2.Failed() || m_E2.Failed() ||
-         m_H.Failed() || m_means.Failed() || m_meanWeight.Failed() || m_scoreWeight.Failed();
+  return m_origin.Failed() || m_U.Failed() || m_H.Failed() || m_block.Failed() || m_left.Failed() || m_pull.Failed() ||
+         m_S0Here.Failed() || m_wr.Failed() || m_eventWr.Failed() || m_eventWeight.Failed() || m_reciprocal.Failed() ||
+         m_r.Failed() || m_q.Failed() || m_share.Failed() || m_score.Failed() || m_S1.Failed() || m_S2.Failed() ||
+         m_E1.Failed() || m_E2.Failed() || m_S1Here.Failed() || m_means.Failed() || m_leftOfMeans.Failed() ||
+         m_denominator.Failed() || m_lostByDenominator.Failed() || m_factor.Failed() || m_term.Failed() ||
+         m_restOfTerm.Failed();
 }
 
-void RiskSums::StartPass() {
-  m_count = 0;
-  m_segment = 0;
-  m_firstOfGroup = 0;
+void RiskSums::StartPass(const double* origin) {
+  m_hasOrigin = origin != nullptr;
+  if (m_hasOrigin) std::copy_n(origin, m_p, m_origin.Row(0));
+  EmptyBlock();
   m_meanCount = 0;
-  m_reciprocal.Clear();
+  m_logarithms = 0;
+  m_L = {};
   m_S0 = {};
   m_S1.Clear();
   m_S2.Clear();
-  m_hasS2 = false;
+  m_hasRowsBefore = false;
   ClearEvents();
   m_U.Clear();
   m_H.Clear();
 }
 
+void RiskSums::EmptyBlock() {
+  m_count = 0;
+  m_segment = 0;
+  m_firstOfGroup = 0;
+  m_closedRows = 0;
+  m_hasCarried = false;
+  m_summed = -1;
+  for (WorkArray<double>* numbers : {&m_reciprocal, &m_r, &m_q, &m_share}) {
+    numbers->Clear();
+  }
+}
+
 void RiskSums::ClearRiskSet() {
   CarryOpenEvents();
-  SettleSegment();
-  if (m_hasS2) m_S2.Clear();
-  m_hasS2 = false;
+  SettleSegment(false);
+  if (m_hasRowsBefore) m_S2.Clear();
+  m_hasRowsBefore = false;
   m_S0 = {};
   m_S1.Clear();
 }
 
 void RiskSums::ClearEvents() {
-  m_E0 = 0.0;
   m_firstOfGroup = m_count;
+  m_E0 = 0.0;
   if (!m_hasE2) return;
   m_E1.Clear();
   m_E2.Clear();
   m_hasE2 = false;
 }
 
-void RiskSums::Join(const double* x, double wr) {
-  if (m_count == kBlockRows) FlushBlock();
-  double* row = m_block.Row(m_count);
-  std::copy_n(x, m_p, row);
-  Enter(row, wr);
-}
-
-void RiskSums::JoinPadded(const double* x, double wr) {
-  if (m_count == kBlockRows) FlushBlock();
-  Enter(x, wr);
-}
-
-void RiskSums::Enter(const double* x, double wr) {
-  const auto at = static_cast<std::size_t>(m_count);
-  m_kernels.Join(x, wr, m_block.Row(m_count), m_S1.Row(0), m_p);
-  m_S0.Add(wr);
-  m_wr[at] = wr;
-  m_eventWr[at] = 0.0;
-  m_eventWeight[at] = 0.0;
-  m_share[at] = 0.0;
-  ++m_count;
-}
-
-void RiskSums::AddEvent() {
-  const auto at = static_cast<std::size_t>(m_count - 1);
-  m_E0 += m_wr[at];
-  if (m_efronStep != 0) m_eventWr[at] = m_wr[at];
-}
-
-void RiskSums::AddEvent(double eta, double weight, CompensatedSum& L) {
-  L.Add(eta * weight);
-  m_eventWeight[static_cast<std::size_t>(m_count - 1)] = weight;
-  AddEvent();
-}
-
-RiskSums::GroupTerms RiskSums::TermsOf(double events, double meanWeight, bool atZero, CompensatedSum& L) const {
-  GroupTerms terms;
-  terms.Count = static_cast<int>(RoundHalfAway(events));
-  const double riskSum = m_S0.Value();
-  if (m_efronStep == 0 || terms.Count == 1) {
-    // Equal terms, taken at once: their rounding does not add up.
-    const double weight = meanWeight * terms.Count;
-    L.Add(-std::log(riskSum) * weight);
-    terms.Reciprocals = weight / riskSum;
-    return terms;
+void RiskSums::JoinRows(int count, const double* wr, const double* isEvent, const double* weight) {
+  if (m_hasOrigin) m_kernels.SubtractRow(Row(m_count), m_origin.Row(0), count, m_p);
+  const auto first = static_cast<std::size_t>(m_count);
+  CompensatedSum S0 = m_S0;
+  for (std::size_t k = 0; k < static_cast<std::size_t>(count); ++k) {
+    S0.Add(wr[k]);
+    m_S0Here[first + k] = S0;
+    m_wr[first + k] = wr[k];
+    m_eventWr[first + k] = wr[k] * isEvent[k];
+    m_eventWeight[first + k] = weight[k] * isEvent[k];
   }
-  const double reciprocal = 1.0 / events;
-  for (int k = 0; k < terms.Count; ++k) {
+  m_S0 = S0;
+  m_count += count;
+}
+
+void RiskSums::CloseGroup(int row, double events, double meanWeight, bool atZero) {
+  const int count = static_cast<int>(RoundHalfAway(events));
+  if (m_efronStep != 0 && count > 1) {
+    CloseTiedGroup(row, count, meanWeight, atZero);
+  } else {
+    // Equal terms, taken at once: their rounding does not add up.
+    const auto at = static_cast<std::size_t>(row);
+    const double riskSum = m_S0Here[at].Value();
+    const double weight = meanWeight * count;
+    SubtractLogarithm(weight, riskSum, m_S0Here[at].Since(riskSum));
+    m_q[at] = 1.0 / riskSum;
+    m_r[at] += weight / riskSum;
+    m_reciprocal[at] += weight / riskSum;
+  }
+  m_closedRows = row + 1;
+  ClearEvents();
+  m_firstOfGroup = row + 1;
+}
+
+// The logarithm of denominator + lost, weighted, goes off the likelihood. They wait, since many take little longer than
+// one; and they are more than doubles, since a step near the maximum gains less than their rounding would add up to.
+void RiskSums::SubtractLogarithm(double weight, double denominator, double lost) {
+  if (m_logarithms == kBlockRows) FlushLogarithms();
+  const auto at = static_cast<std::size_t>(m_logarithms++);
+  m_denominator[at] = denominator;
+  m_lostByDenominator[at] = lost;
+  m_factor[at] = -weight;
+}
+
+void RiskSums::FlushLogarithms() {
+  const auto count = static_cast<std::size_t>(m_logarithms);
+  // To the next whole vector: their logarithm is 0.
+  for (std::size_t at = count; at % kVectorDoubles != 0; ++at) m_denominator[at] = 1.0;
+  m_kernels.Logarithms(m_denominator.Data(), m_lostByDenominator.Data(), m_factor.Data(), m_term.Data(),
+                       m_restOfTerm.Data(), m_logarithms);
+  for (std::size_t at = 0; at < count; ++at) m_L.Add(m_term[at], m_restOfTerm[at]);
+  m_logarithms = 0;
+}
+
+RiskSums::GroupTerms RiskSums::TermsOf(int row, int events, double meanWeight, bool atZero) {
+  GroupTerms terms;
+  const CompensatedSum& S0 = m_S0Here[static_cast<std::size_t>(row)];
+  const double riskSum = S0.Value();
+  const double lost = S0.Since(riskSum);
+  terms.EventRisks = std::accumulate(m_eventWr.Data() + m_firstOfGroup, m_eventWr.Data() + row + 1, m_E0);
+  const double count = events;
+  const double reciprocal = 1.0 / count;
+  for (int k = 0; k < events; ++k) {
     // Two forms of one number, kept apart so that the null log likelihood keeps its last digit.
     const double share = k;
-    const double fraction = atZero ? share * reciprocal : share / events;
-    const double denominator = riskSum - fraction * m_E0;
-    L.Add(-std::log(denominator) * meanWeight);
+    const double fraction = atZero ? share * reciprocal : share / count;
+    const double denominator = riskSum - fraction * terms.EventRisks;
+    SubtractLogarithm(meanWeight, denominator, lost);
     terms.Reciprocals += meanWeight / denominator;
     terms.Fractions += meanWeight * (fraction / denominator);
     const double place = fraction * (riskSum / denominator);
@@ -145,66 +189,67 @@ RiskSums::GroupTerms RiskSums::TermsOf(double events, double meanWeight, bool at
   return terms;
 }
 
-void RiskSums::CloseGroup(double events, double meanWeight, bool atZero, CompensatedSum& L) {
-  const GroupTerms terms = TermsOf(events, meanWeight, atZero, L);
-  const double q = 1.0 / m_S0.Value();
-  const double weight = meanWeight * terms.Count;
-  if (m_efronStep != 0 && terms.Count > 1) {
-    TakeLineOfMeans(q, weight, meanWeight, terms);
-    SettleEvents(terms.Fractions);
-  } else {
-    m_kernels.Scale(NextMean(weight, weight), m_S1.Row(0), q, m_p);
-  }
-  m_reciprocal[static_cast<std::size_t>(m_count)] += terms.Reciprocals;
-  ClearEvents();
+void RiskSums::CloseTiedGroup(int row, int events, double meanWeight, bool atZero) {
+  const GroupTerms terms = TermsOf(row, events, meanWeight, atZero);
+  TakeLineOfMeans(row, events, meanWeight, terms);
+  SettleEvents(row + 1, terms.Fractions);
+  m_reciprocal[static_cast<std::size_t>(row)] += terms.Reciprocals;
 }
 
 // The means a = u + g v of a tied group: their mean, as often as there are events, and their spread along v.
-void RiskSums::TakeLineOfMeans(double q, double weight, double meanWeight, const GroupTerms& terms) {
-  if (m_meanCount + 2 > kMeanRows) FlushMeans();
-  double* u = NextMean(weight, weight);
-  double* v = NextMean(meanWeight * terms.SpreadOfPlace, 0.0);
-  std::copy_n(m_E1.Row(0), m_p, v);
-  SumOpenEvents(v);
-  m_kernels.Scale(u, m_S1.Row(0), q, m_p);
-  m_kernels.Scale(v, v, -q, m_p);
-  m_kernels.AddScaled(v, u, m_E0 * q, m_p);
-  m_kernels.AddScaled(u, v, terms.MeanPlace, m_p);
-}
-
-// The open group's events of the block into E1.
-void RiskSums::SumOpenEvents(double* E1) {
-  const int first = m_firstOfGroup;
-  m_kernels.AddCombination(E1, m_block.Row(first), m_eventWr.Data() + first, m_count - first, m_p);
-}
-
-// Room for a mean a, of which H loses weight a a' and the score scoreWeight a.
-double* RiskSums::NextMean(double weight, double scoreWeight) {
+void RiskSums::TakeLineOfMeans(int row, int events, double meanWeight, const GroupTerms& terms) {
   if (m_meanCount == kMeanRows) FlushMeans();
-  const auto at = static_cast<std::size_t>(m_meanCount);
-  m_meanWeight[at] = -weight;
-  m_scoreWeight[at] = -scoreWeight;
-  return m_means.Row(m_meanCount++);
+  const double q = 1.0 / m_S0Here[static_cast<std::size_t>(row)].Value();
+  double* u = m_means.Row(m_meanCount);
+  double* v = m_means.Row(m_meanCount + 1);
+  std::copy_n(m_E1.Row(0), m_p, v);
+  AddOpenEvents(v, row + 1);
+  m_kernels.Scale(u, S1After(row + 1), q, m_p);
+  m_kernels.Scale(v, v, -q, m_p);
+  m_kernels.AddScaled(v, u, terms.EventRisks * q, m_p);
+  m_kernels.AddScaled(u, v, terms.MeanPlace, m_p);
+  m_kernels.Scale(m_leftOfMeans.Row(m_meanCount), u, -meanWeight * events, m_p);
+  m_kernels.Scale(m_leftOfMeans.Row(m_meanCount + 1), v, -meanWeight * terms.SpreadOfPlace, m_p);
+  m_meanCount += 2;
 }
 
 void RiskSums::FlushMeans() {
-  m_kernels.AddOuterProducts(m_H.Row(0), m_means.Row(0), m_meanWeight.Data(), m_meanCount, m_p);
-  m_kernels.AddCombination(m_U.Row(0), m_means.Row(0), m_scoreWeight.Data(), m_meanCount, m_p);
+  m_kernels.AddProducts(m_H.Row(0), m_leftOfMeans.Row(0), m_means.Row(0), m_meanCount, m_p, {});
   m_meanCount = 0;
 }
 
-void RiskSums::AddEventsToScore() {
-  m_kernels.AddCombination(m_U.Row(0), m_block.Row(0), m_eventWeight.Data(), m_count, m_p);
+// S1 once so many rows of the block have joined.
+const double* RiskSums::S1After(int rows) {
+  if (m_summed < m_segment) {
+    std::copy_n(m_S1.Row(0), m_p, m_S1Here.Row(0));
+    m_summed = m_segment;
+  }
+  m_kernels.AddCombination(m_S1Here.Row(0), Row(m_summed), m_wr.Data() + m_summed, rows - m_summed, m_p);
+  m_summed = rows;
+  return m_S1Here.Row(0);
 }
 
-// The events of the group that closes lose `share` of their part in H.
-void RiskSums::SettleEvents(double share) {
-  for (int row = m_firstOfGroup; row < m_count; ++row) {
+// The open group's events among the first `rows` of the block into E1.
+void RiskSums::AddOpenEvents(double* E1, int rows) {
+  const int first = m_firstOfGroup;
+  m_kernels.AddCombination(E1, Row(first), m_eventWr.Data() + first, rows - first, m_p);
+}
+
+// The events of the group that closes lose `share` of their part in score and information.
+void RiskSums::SettleEvents(int rows, double share) {
+  for (int row = m_firstOfGroup; row < rows; ++row) {
     const auto at = static_cast<std::size_t>(row);
     m_share[at] -= m_eventWr[at] * share;
-    m_eventWr[at] = 0.0;
   }
-  if (m_hasE2) AddToInformation(m_E2, -share);
+  if (!m_hasE2) return;
+  AddToInformation(m_E2, -share);
+  m_kernels.AddScaled(m_U.Row(0), m_E1.Row(0), share, m_p);
+}
+
+// M += factors_i x_i x_i' over rows of the block whose segment is not settled yet.
+void RiskSums::AddSquares(PaddedRows& M, const double* factors, int first, int count, const ComingStore& next) {
+  m_kernels.ScaleRows(Row(first), factors + first, Left(first), count, m_p);
+  m_kernels.AddProducts(M.Row(0), Left(first), Row(first), count, m_p, next);
 }
 
 // H += factor M, lower triangles.
@@ -214,58 +259,78 @@ void RiskSums::AddToInformation(const PaddedRows& M, double factor) {
 
 // The open group's events so far go into E2, since their rows leave the block or their risk set ends.
 void RiskSums::CarryOpenEvents() {
-  const int first = m_firstOfGroup;
-  const double* eventWr = m_eventWr.Data();
-  if (std::any_of(eventWr + first, eventWr + m_count, [](double wr) { return wr != 0.0; })) {
-    SumOpenEvents(m_E1.Row(0));
-    m_kernels.AddOuterProducts(m_E2.Row(0), m_block.Row(first), eventWr + first, m_count - first, m_p);
-    m_hasE2 = true;
-  }
-  m_firstOfGroup = m_count;
+  const int first = std::exchange(m_firstOfGroup, m_count);
+  const double* events = m_eventWr.Data();
+  if (m_efronStep == 0 || std::all_of(events + first, events + m_count, [](double wr) { return wr == 0.0; })) return;
+  m_E0 = std::accumulate(events + first, events + m_count, m_E0);
+  m_kernels.AddCombination(m_E1.Row(0), Row(first), events + first, m_count - first, m_p);
+  AddSquares(m_E2, events, first, m_count - first, {});
+  m_hasE2 = true;
 }
 
-// The rows of the risk set take what the groups that closed have left for them.
-void RiskSums::SettleSegment() {
+// The shares of the rows from `first` on, by what the groups that closed have left for them. Returns the sum of 1 / D,
+// the share of the rows before.
+double RiskSums::SumShares(int first) {
   double reciprocals = 0.0;
-  for (int row = m_count; row-- > m_segment;) {
+  for (int row = m_count; row-- > first;) {
     const auto at = static_cast<std::size_t>(row);
-    reciprocals += m_reciprocal[at + 1];
-    m_reciprocal[at + 1] = 0.0;
+    reciprocals += m_reciprocal[at];
     m_share[at] += m_wr[at] * reciprocals;
+    m_score[at] = m_eventWeight[at] - m_share[at];
   }
-  double& beforeFirst = m_reciprocal[static_cast<std::size_t>(m_segment)];
-  reciprocals += beforeFirst;
-  beforeFirst = 0.0;
-  if (m_hasS2 && reciprocals != 0.0) AddToInformation(m_S2, reciprocals);
-  m_segment = m_count;
+  return reciprocals;
+}
+
+// The rows of the risk set take what the groups that closed have left for them, and go into S1.
+void RiskSums::SettleSegment(bool endsBlock) {
+  const int first = std::exchange(m_segment, m_count);
+  const auto at = static_cast<std::size_t>(first);
+  const int count = m_count - first;
+  m_summed = -1;
+  if (endsBlock && m_closedRows <= first) {
+    m_kernels.AddCombination(m_S1.Row(0), Row(first), m_wr.Data() + at, count, m_p);
+    m_kernels.AddCombination(m_U.Row(0), Row(first), m_eventWeight.Data() + at, count, m_p);
+    return;
+  }
+  const double reciprocals = SumShares(first);
+  const RowTerms terms{m_wr.Data() + at, m_share.Data() + at, m_score.Data() + at, m_q.Data() + at, m_r.Data() + at};
+  double* pull = m_pull.Row(0);
+  const bool carries = m_hasRowsBefore && reciprocals != 0.0;
+  if (carries) {
+    AddToInformation(m_S2, reciprocals);
+    m_kernels.AddScaled(m_U.Row(0), m_S1.Row(0), -reciprocals, m_p);
+    std::copy_n(m_S1.Row(0), m_p, m_block.Row(0));
+    pull = m_left.Row(0);
+  }
+  m_kernels.CentreRows(Row(first), terms, m_S1.Row(0), m_U.Row(0), pull, Left(first), count, m_p);
+  if (carries) {
+    m_kernels.Scale(pull, pull, -1.0, m_p);
+    m_hasCarried = true;
+  }
 }
 
 void RiskSums::AddBlockToInformation() {
-  int count = m_count;
-  while (count > 0 && m_share[static_cast<std::size_t>(count) - 1] == 0.0) --count;
-  m_kernels.AddOuterProducts(m_H.Row(0), m_block.Row(0), m_share.Data(), count, m_p);
+  const int first = m_hasCarried ? -1 : 0;
+  if (m_closedRows > 0) m_kernels.AddProducts(m_H.Row(0), Left(first), Row(first), m_closedRows - first, m_p, {});
 }
 
-void RiskSums::FlushBlock() {
+void RiskSums::FlushBlock(const ComingStore& next) {
   CarryOpenEvents();
   const int first = m_segment;
-  SettleSegment();
+  SettleSegment(true);
   AddBlockToInformation();
-  m_kernels.AddOuterProducts(m_S2.Row(0), m_block.Row(first), m_wr.Data() + first, m_count - first, m_p);
-  m_hasS2 = true;
-  AddEventsToScore();
-  m_count = 0;
-  m_segment = 0;
-  m_firstOfGroup = 0;
+  AddSquares(m_S2, m_wr.Data(), first, m_count - first, next);
+  m_hasRowsBefore = true;
+  EmptyBlock();
 }
 
-void RiskSums::EndPass(double* U, double** H) {
-  SettleSegment();
+void RiskSums::EndPass(CompensatedSum& L, double* U, double** H) {
+  SettleSegment(true);
   AddBlockToInformation();
-  AddEventsToScore();
   FlushMeans();
-  m_count = 0;
-  m_segment = 0;
+  FlushLogarithms();
+  EmptyBlock();
+  L.Add(m_L.Value(), m_L.Since(m_L.Value()));
   for (int j = 0; j < m_p; ++j) {
     U[j] += m_U.Row(0)[j];
     for (int l = 0; l <= j; ++l) H[l][j] += m_H.Row(j)[l];

@@ -136,10 +136,10 @@ double TimeDependentPass::Evaluate(const double* beta, double* U, double** H) {
     SumRiskSet(row, cells[m_columns.Time], beta);
     for (std::size_t k = 0; k < events; ++k) AddEvent(m_events[k], beta, L, U);
     events = 0;
-    m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), beta == nullptr, L);
+    m_sums.CloseGroup(m_ties.Deaths(row), m_ties.MeanWeight(row), beta == nullptr);
   }
   m_isKept = !m_kept.Failed() && m_kept.Count() > 0;
-  m_sums.EndPass(U, H);
+  m_sums.EndPass(L, U, H);
   return L.Value();
 }
 

@@ -42,14 +42,13 @@ DenseMatrix Square(Host& host, const DenseMatrix& R) {
   PaddedRows block(host, static_cast<int>(kRows), order);
   PaddedRows sums(host, order, order);
   if (block.Failed() || sums.Failed()) return {};
-  const std::vector<double> ones(kRows, 1.0);
   const std::size_t count = p > 0 ? R[0].size() : 0;
   for (std::size_t first = 0; first < count; first += kRows) {
     const std::size_t rows = std::min(kRows, count - first);
     for (std::size_t j = 0; j < p; ++j) {
       for (std::size_t i = 0; i < rows; ++i) block.Row(static_cast<int>(i))[j] = R[j][first + i];
     }
-    KernelsOfThisMachine().AddOuterProducts(sums.Row(0), block.Row(0), ones.data(), static_cast<int>(rows), order);
+    KernelsOfThisMachine().AddProducts(sums.Row(0), block.Row(0), block.Row(0), static_cast<int>(rows), order, {});
   }
   DenseMatrix product = SquareMatrix(p);
   for (std::size_t j = 0; j < p; ++j) {

@@ -188,6 +188,18 @@ TEST(CountingPass, StrataAddUp) {
   }
 }
 
+// What all intervals share cancels out of score and information, to the last digit.
+TEST(CountingPass, ColumnThatIsTheSameInAllRowsGivesZeros) {
+  std::vector<ReferenceCase> cases = RandomIntervals(3, 60, 2, 3, true);
+  for (ReferenceCase& one : cases) one.X[1] = 0.1;
+  for (const bool efron : {false, true}) {
+    const PassValue value = EvaluateIntervals(PassCases(cases), efron, true, {0.7, 3.0});
+    EXPECT_EQ(value.U[1], 0.0);
+    EXPECT_EQ(value.H(0, 1), 0.0);
+    EXPECT_EQ(value.H(1, 1), 0.0);
+  }
+}
+
 // The rows of the later block have left, all of them, before the earlier block begins. Their relative risks are 1e12
 // times those of the earlier block, so what rounding leaves of them would show.
 TEST(CountingPass, EmptyRiskSetLeavesNothingBehind) {

@@ -371,6 +371,18 @@ TEST(RightCensoredPass, ShiftOfACovariateMovesNothing) {
   EXPECT_LT(Distance(before.H, after.H), 1e-9) << "the squares of the shifted values cancel";
 }
 
+// What all cases share cancels out of score and information, to the last digit.
+TEST(RightCensoredPass, ColumnThatIsTheSameInAllRowsGivesZeros) {
+  std::vector<ReferenceCase> cases = RandomCases(17, 150, 2, 8, 2, true);
+  for (ReferenceCase& one : cases) one.X[1] = 0.1;
+  for (const bool efron : {false, true}) {
+    const PassValue value = Evaluate(PassCases(cases), efron, true, {0.5, 3.0});
+    EXPECT_EQ(value.U[1], 0.0) << Name(efron);
+    EXPECT_EQ(value.H(0, 1), 0.0) << Name(efron);
+    EXPECT_EQ(value.H(1, 1), 0.0) << Name(efron);
+  }
+}
+
 TEST(RightCensoredPass, PassAtZeroEqualsThePassAtAZeroVector) {
   const PassCases cases(RandomCases(18, 60, 3, 5, 2, true));
   for (const bool efron : {false, true}) {

@@ -349,92 +349,142 @@ struct Clones {
     }
   }
 
-  // Walks over the store that is to be fetched, a line of the cache at a time.
+  // Walks over store that is to be fetched, at such a pace that the last of it is reached with the last step, or as far
+  // as a line of the cache a step goes.
   struct Fetcher {
     const char* Next;
     std::size_t Left;
-    std::size_t Step;  // 0 once nothing is left: the same line again costs nothing
+    std::size_t Step;
 
-    explicit Fetcher(const ComingStore& store)
-        : Next(static_cast<const char*>(store.first)), Left(store.bytes), Step(store.bytes > 0 ? kLine : 0) {}
-    void Skip(std::size_t lines) {
-      if (Left == 0) return;
-      const std::size_t bytes = lines * kLine;
-      Next += bytes < Left ? bytes : Left - 1;
-      Left -= bytes < Left ? bytes : Left;
-      if (Left == 0) Step = 0;
+    Fetcher(const ComingStore& store, std::size_t steps)
+        : Next(static_cast<const char*>(store.first)), Left(store.bytes), Step((store.bytes + steps - 1) / steps) {
+      constexpr std::size_t kLine = kVectorDoubles * sizeof(double);
+      if (Step > kLine) Step = kLine;
     }
-    static constexpr std::size_t kLine = kVectorDoubles * sizeof(double);
+    void Skip(std::size_t steps) {
+      const std::size_t bytes = steps * Step;
+      if (bytes < Left) {
+        Next += bytes;
+        Left -= bytes;
+      } else {
+        Step = 0;
+      }
+    }
   };
 
+  // What the tiles of a product have in common.
+  struct Product {
+    int Count;
+    std::size_t Stride;
+    double FactorOfM;
+    Fetcher Ahead;
+  };
+
+  // The widest tile of so many rows that fits into the registers, beside a row of B and an element of A.
+  static constexpr int WidestTile(int rows) {
+    constexpr int kMostVectors = 8;
+    const int fits = (Unit::Registers - 1) / (rows + 1);
+    return fits < kMostVectors ? fits : kMostVectors;
+  }
+  // How many tiles a panel of so many vectors takes.
+  static constexpr int TileCount(int vectors, int rows) {
+    return (vectors + WidestTile(rows) - 1) / WidestTile(rows);
+  }
+
   // A tile of C: Rows rows from the pointer on, Part vectors wide. A and B point to the columns of their rows that
-  // belong to the tile's first row and first column.
+  // belong to the tile's first row and first column, M to the tile's place.
   template <int Rows, int Part>
-  static void Tile(double* C, const double* A, const double* B, int count, std::size_t stride, Fetcher& fetcher) {
+  static void Tile(double* C, const double* A, const double* B, const double* M, Product& product) {
     constexpr int kSecondCache = 2;
     Vector sums[Rows][Part] = {};
-    const char* fetch = fetcher.Next;
-    for (int i = 0; i < count; ++i) {
+    const std::size_t stride = product.Stride;
+    const char* fetch = product.Ahead.Next;
+    for (int i = 0; i < product.Count; ++i) {
       const std::size_t at = static_cast<std::size_t>(i) * stride;
       __builtin_prefetch(fetch, 0, kSecondCache);
-      fetch += fetcher.Step;
+      fetch += product.Ahead.Step;
       Vector b[Part];
-#pragma GCC unroll 4
+#pragma GCC unroll 8
       for (int v = 0; v < Part; ++v) b[v] = Load<kWidth>(B + at + v * kWidth);
 #pragma GCC unroll 8
       for (int r = 0; r < Rows; ++r) {
-#pragma GCC unroll 4
+#pragma GCC unroll 8
         for (int v = 0; v < Part; ++v) sums[r][v] += b[v] * A[at + r];
       }
     }
-    fetcher.Skip(static_cast<std::size_t>(count));
+    product.Ahead.Skip(static_cast<std::size_t>(product.Count));
 #pragma GCC unroll 8
     for (int r = 0; r < Rows; ++r) {
-      double* row = C + static_cast<std::size_t>(r) * stride;
-#pragma GCC unroll 4
-      for (int v = 0; v < Part; ++v) Store<kWidth>(row + v * kWidth, Load<kWidth>(row + v * kWidth) + sums[r][v]);
+      const std::size_t at = static_cast<std::size_t>(r) * stride;
+#pragma GCC unroll 8
+      for (int v = 0; v < Part; ++v) {
+        const std::size_t place = at + v * kWidth;
+        Vector sum = sums[r][v];
+        if (M != nullptr) sum += Load<kWidth>(M + place) * product.FactorOfM;
+        Store<kWidth>(C + place, Load<kWidth>(C + place) + sum);
+      }
     }
   }
 
-  // The tiles of Rows rows of C, the first of which is row j, down to the diagonal.
-  template <int Rows>
-  static void
-  Panel(double* C, const double* A, const double* B, int count, std::size_t stride, int j, Fetcher& fetcher) {
-    C += static_cast<std::size_t>(j) * stride;
-    A += j;
-    int left = Vectors(j + Rows);
-    // Four vectors make two tiles of two, which keep the vector unit busier than one of three and one of one.
-    for (; left > 4 || left == 3; left -= 3, C += 3 * kWidth, B += 3 * kWidth) {
-      Tile<Rows, 3>(C, A, B, count, stride, fetcher);
+  // A tile of a width that is known at run time.
+  template <int Rows, int Part>
+  static void TileOfWidth(int width, double* C, const double* A, const double* B, const double* M, Product& product) {
+    if (width == Part) {
+      Tile<Rows, Part>(C, A, B, M, product);
+    } else if constexpr (Part > 1) {
+      TileOfWidth<Rows, Part - 1>(width, C, A, B, M, product);
     }
-    for (; left >= 2; left -= 2, C += 2 * kWidth, B += 2 * kWidth) Tile<Rows, 2>(C, A, B, count, stride, fetcher);
-    if (left == 1) Tile<Rows, 1>(C, A, B, count, stride, fetcher);
+  }
+
+  // The tiles of Rows rows of C, the first of which is row j, down to the diagonal: about equally wide, which keeps the
+  // vector unit busier than wide ones and a narrow one.
+  template <int Rows>
+  static void Panel(double* C, const double* A, const double* B, const double* M, int j, Product& product) {
+    const std::size_t at = static_cast<std::size_t>(j) * product.Stride;
+    int vectors = Vectors(j + Rows);
+    int l = 0;
+    for (int tiles = TileCount(vectors, Rows); tiles > 0; --tiles) {
+      const int width = (vectors + tiles - 1) / tiles;
+      const double* m = M == nullptr ? nullptr : M + at + l;
+      TileOfWidth<Rows, WidestTile(Rows)>(width, C + at + l, A + j, B + l, m, product);
+      vectors -= width;
+      l += width * kWidth;
+    }
   }
 
   // A panel of fewer rows than the largest tile.
   template <int Rows>
-  static void LastPanel(int rows,
-                        double* C,
-                        const double* A,
-                        const double* B,
-                        int count,
-                        std::size_t stride,
-                        int j,
-                        Fetcher& fetcher) {
+  static void
+  LastPanel(int rows, double* C, const double* A, const double* B, const double* M, int j, Product& product) {
     if (rows == Rows) {
-      Panel<Rows>(C, A, B, count, stride, j, fetcher);
+      Panel<Rows>(C, A, B, M, j, product);
     } else if constexpr (Rows > 1) {
-      LastPanel<Rows - 1>(rows, C, A, B, count, stride, j, fetcher);
+      LastPanel<Rows - 1>(rows, C, A, B, M, j, product);
     }
   }
 
-  static void AddProducts(double* C, const double* A, const double* B, int count, int p, const ComingStore& next) {
-    const std::size_t stride = PaddedOrder(static_cast<std::size_t>(p));
-    if (count == 0) return;
-    Fetcher fetcher(next);
+  static std::size_t TilesOf(int p) {
+    int tiles = 0;
+    for (int j = 0; j < p; j += Unit::Rows) {
+      const int rows = p - j < Unit::Rows ? p - j : Unit::Rows;
+      tiles += TileCount(Vectors(j + rows), rows);
+    }
+    return static_cast<std::size_t>(tiles);
+  }
+
+  static void AddProducts(double* C,
+                          const double* A,
+                          const double* B,
+                          int count,
+                          int p,
+                          const ScaledMatrix& M,
+                          const ComingStore& next) {
+    if (p == 0) return;
+    const std::size_t steps = TilesOf(p) * static_cast<std::size_t>(count > 0 ? count : 1);
+    Product product{count, PaddedOrder(static_cast<std::size_t>(p)), M.factor, Fetcher(next, steps)};
     int j = 0;
-    for (; j + Unit::Rows <= p; j += Unit::Rows) Panel<Unit::Rows>(C, A, B, count, stride, j, fetcher);
-    if constexpr (Unit::Rows > 1) LastPanel<Unit::Rows - 1>(p - j, C, A, B, count, stride, j, fetcher);
+    for (; j + Unit::Rows <= p; j += Unit::Rows) Panel<Unit::Rows>(C, A, B, M.matrix, j, product);
+    if constexpr (Unit::Rows > 1) LastPanel<Unit::Rows - 1>(p - j, C, A, B, M.matrix, j, product);
   }
 
   static constexpr PassKernels Table(const char* name) {

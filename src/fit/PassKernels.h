@@ -35,6 +35,12 @@ struct RowTerms {
   const double* r;      // the sum of its weights / S0; 0 for rows on which no group closes
 };
 
+// factor times the matrix.
+struct ScaledMatrix {
+  const double* matrix = nullptr;
+  double factor = 0.0;
+};
+
 // Store that is read soon, and that the processor may fetch while it multiplies. Nothing, or `bytes` from an address
 // on.
 struct ComingStore {
@@ -95,10 +101,17 @@ struct PassKernels {
   // sum += factors_i B_i over count rows. Padded.
   void (*AddCombination)(double* sum, const double* B, const double* factors, int count, int p);
 
-  // C_jl += sum over i of A_ij B_il for l <= j: count rows A_i and B_i, p rows of C. What stands to the right of the
-  // diagonal of C is work space, to the end of the row.
-  // The sum over i is formed first, i ascending, and then added. Meanwhile the processor fetches what comes next.
-  void (*AddProducts)(double* C, const double* A, const double* B, int count, int p, const ComingStore& next);
+  // C_jl += factor M_jl + sum over i of A_ij B_il for l <= j: count rows A_i and B_i, p rows of C and of M, which may
+  // be null. What stands to the right of the diagonal of C and M is work space, to the end of the row. The sum over i
+  // is formed first, i ascending whatever p, so that the information of some columns is the same bits in every model.
+  // Meanwhile the processor fetches what comes next.
+  void (*AddProducts)(double* C,
+                      const double* A,
+                      const double* B,
+                      int count,
+                      int p,
+                      const ScaledMatrix& M,
+                      const ComingStore& next);
 };
 
 // The clone for this machine.

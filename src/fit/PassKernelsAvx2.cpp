@@ -7,6 +7,7 @@ namespace {
 
 struct Avx2Unit {
   static constexpr int Width = 4;
+  static constexpr int Registers = 16;
   static constexpr int Rows = 4;
   using Vector = VectorOf<Width>::Type;
 

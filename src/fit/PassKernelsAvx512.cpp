@@ -7,6 +7,7 @@ namespace {
 
 struct Avx512Unit {
   static constexpr int Width = 8;
+  static constexpr int Registers = 32;
   static constexpr int Rows = 8;
   using Vector = VectorOf<Width>::Type;
 

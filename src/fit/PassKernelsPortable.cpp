@@ -7,6 +7,7 @@ namespace {
 
 struct PortableUnit {
   static constexpr int Width = 2;
+  static constexpr int Registers = 15;  // one is for products that wait to be added
   static constexpr int Rows = 2;
   using Vector = VectorOf<Width>::Type;
 

@@ -87,6 +87,7 @@ void RiskSums::EmptyBlock() {
   m_firstOfGroup = 0;
   m_closedRows = 0;
   m_hasCarried = false;
+  m_shareOfBefore = 0.0;
   m_summed = -1;
   for (WorkArray<double>* numbers : {&m_reciprocal, &m_r, &m_q, &m_share}) {
     numbers->Clear();
@@ -214,7 +215,7 @@ void RiskSums::TakeLineOfMeans(int row, int events, double meanWeight, const Gro
 }
 
 void RiskSums::FlushMeans() {
-  m_kernels.AddProducts(m_H.Row(0), m_leftOfMeans.Row(0), m_means.Row(0), m_meanCount, m_p, {});
+  m_kernels.AddProducts(m_H.Row(0), m_leftOfMeans.Row(0), m_means.Row(0), m_meanCount, m_p, {}, {});
   m_meanCount = 0;
 }
 
@@ -249,7 +250,7 @@ void RiskSums::SettleEvents(int rows, double share) {
 // M += factors_i x_i x_i' over rows of the block whose segment is not settled yet.
 void RiskSums::AddSquares(PaddedRows& M, const double* factors, int first, int count, const ComingStore& next) {
   m_kernels.ScaleRows(Row(first), factors + first, Left(first), count, m_p);
-  m_kernels.AddProducts(M.Row(0), Left(first), Row(first), count, m_p, next);
+  m_kernels.AddProducts(M.Row(0), Left(first), Row(first), count, m_p, {}, next);
 }
 
 // H += factor M, lower triangles.
@@ -297,7 +298,9 @@ void RiskSums::SettleSegment(bool endsBlock) {
   double* pull = m_pull.Row(0);
   const bool carries = m_hasRowsBefore && reciprocals != 0.0;
   if (carries) {
-    AddToInformation(m_S2, reciprocals);
+    // S2 waits for the product of the block, if it lives so long.
+    m_shareOfBefore = endsBlock ? reciprocals : 0.0;
+    if (!endsBlock) AddToInformation(m_S2, reciprocals);
     m_kernels.AddScaled(m_U.Row(0), m_S1.Row(0), -reciprocals, m_p);
     std::copy_n(m_S1.Row(0), m_p, m_block.Row(0));
     pull = m_left.Row(0);
@@ -309,24 +312,29 @@ void RiskSums::SettleSegment(bool endsBlock) {
   }
 }
 
-void RiskSums::AddBlockToInformation() {
+void RiskSums::AddBlockToInformation(const ComingStore& next) {
+  if (m_closedRows == 0) return;
   const int first = m_hasCarried ? -1 : 0;
-  if (m_closedRows > 0) m_kernels.AddProducts(m_H.Row(0), Left(first), Row(first), m_closedRows - first, m_p, {});
+  const ScaledMatrix before = m_shareOfBefore == 0.0 ? ScaledMatrix{} : ScaledMatrix{m_S2.Row(0), m_shareOfBefore};
+  m_kernels.AddProducts(m_H.Row(0), Left(first), Row(first), m_closedRows - first, m_p, before, next);
 }
 
 void RiskSums::FlushBlock(const ComingStore& next) {
   CarryOpenEvents();
   const int first = m_segment;
   SettleSegment(true);
-  AddBlockToInformation();
-  AddSquares(m_S2, m_wr.Data(), first, m_count - first, next);
+  // What comes next is fetched in the time of both products.
+  const std::size_t early = m_closedRows > 0 ? next.bytes / 2 : 0;
+  AddBlockToInformation({next.first, early});
+  AddSquares(m_S2, m_wr.Data(), first, m_count - first,
+             {static_cast<const char*>(next.first) + early, next.bytes - early});
   m_hasRowsBefore = true;
   EmptyBlock();
 }
 
 void RiskSums::EndPass(CompensatedSum& L, double* U, double** H) {
   SettleSegment(true);
-  AddBlockToInformation();
+  AddBlockToInformation({});
   FlushMeans();
   FlushLogarithms();
   EmptyBlock();

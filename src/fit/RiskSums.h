@@ -120,7 +120,7 @@ class RiskSums {
   void AddToInformation(const PaddedRows& M, double factor);
   double SumShares(int first);
   void SettleSegment(bool endsBlock);
-  void AddBlockToInformation();
+  void AddBlockToInformation(const ComingStore& next);
   void FlushBlock(const ComingStore& next);
   void EmptyBlock();
 
@@ -162,6 +162,7 @@ class RiskSums {
   PaddedRows m_S1;
   PaddedRows m_S2;
   bool m_hasRowsBefore = false;
+  double m_shareOfBefore = 0.0;  // of S2 in H, once the block is settled
   // Of the open group's events before the block.
   double m_E0 = 0.0;
   PaddedRows m_E1;

@@ -48,7 +48,7 @@ DenseMatrix Square(Host& host, const DenseMatrix& R) {
     for (std::size_t j = 0; j < p; ++j) {
       for (std::size_t i = 0; i < rows; ++i) block.Row(static_cast<int>(i))[j] = R[j][first + i];
     }
-    KernelsOfThisMachine().AddProducts(sums.Row(0), block.Row(0), block.Row(0), static_cast<int>(rows), order, {});
+    KernelsOfThisMachine().AddProducts(sums.Row(0), block.Row(0), block.Row(0), static_cast<int>(rows), order, {}, {});
   }
   DenseMatrix product = SquareMatrix(p);
   for (std::size_t j = 0; j < p; ++j) {

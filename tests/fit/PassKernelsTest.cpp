@@ -89,13 +89,17 @@ TEST_P(PassKernelsOf, ProductsAreThoseOfThePlainTripleLoop) {
       PaddedRows A(m_host, count, p);
       PaddedRows B(m_host, count, p);
       PaddedRows C(m_host, p, p);
+      PaddedRows M(m_host, p, p);
       Fill(A, count, p);
       Fill(B, count, p);
       Fill(C, p, p);
+      Fill(M, p, p);
+      const bool addsM = (p + count) % 2 == 0;
+      constexpr double kFactor = -1.25;
       std::vector<long double> expected;
       for (int j = 0; j < p; ++j) {
         for (int l = 0; l <= j; ++l) {
-          long double sum = C.Row(j)[l];
+          long double sum = C.Row(j)[l] + static_cast<long double>(addsM ? kFactor : 0.0) * M.Row(j)[l];
           for (int i = 0; i < count; ++i) sum += static_cast<long double>(A.Row(i)[j]) * B.Row(i)[l];
           expected.push_back(sum);
         }
@@ -103,7 +107,8 @@ TEST_P(PassKernelsOf, ProductsAreThoseOfThePlainTripleLoop) {
       // Store of any size may be fetched meanwhile, whether or not there is time for all of it.
       const std::vector<double> next(static_cast<std::size_t>(p * count * 3) + 1);
       const ComingStore stores[] = {{}, {next.data(), 1}, {next.data(), next.size() * sizeof(double)}};
-      Kernels().AddProducts(C.Row(0), A.Row(0), B.Row(0), count, p, stores[(p + count) % 3]);
+      Kernels().AddProducts(C.Row(0), A.Row(0), B.Row(0), count, p,
+                            addsM ? ScaledMatrix{M.Row(0), kFactor} : ScaledMatrix{}, stores[(p + count) % 3]);
       std::size_t at = 0;
       for (int j = 0; j < p; ++j) {
         for (int l = 0; l <= j; ++l) {
@@ -397,10 +402,10 @@ TEST_P(PassKernelsOf, PaddingRaisesNoFlags) {
     PaddedRows C(m_host, p, p);
     for (int i = 0; i < 3; ++i) std::fill_n(B.Row(i), p, 1e150);
     std::feclearexcept(FE_ALL_EXCEPT);
-    Kernels().AddProducts(C.Row(0), B.Row(0), B.Row(0), 3, p, {});
+    Kernels().AddProducts(C.Row(0), B.Row(0), B.Row(0), 3, p, {}, {});
     EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW), 0) << p;
     B.Row(0)[p - 1] = 1e160;
-    Kernels().AddProducts(C.Row(0), B.Row(0), B.Row(0), 3, p, {});
+    Kernels().AddProducts(C.Row(0), B.Row(0), B.Row(0), 3, p, {}, {});
     EXPECT_NE(std::fetestexcept(FE_OVERFLOW), 0) << p;
     std::feclearexcept(FE_ALL_EXCEPT);
   }

@@ -305,10 +305,10 @@ struct Clones {
     for (; j + 4 * kWidth <= last; j += 4 * kWidth) {
       CentreColumns<4>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
     }
-    for (; j + 2 * kWidth <= last; j += 2 * kWidth) {
-      CentreColumns<2>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
-    }
-    if (j < last) CentreColumns<1>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
+    const int left = (last - j) / kWidth;
+    if (left == 3) CentreColumns<3>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
+    if (left == 2) CentreColumns<2>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
+    if (left == 1) CentreColumns<1>(B + j, terms, S1 + j, U + j, pull + j, A + j, count, stride);
   }
 
   static void ScaleRows(const double* B, const double* factors, double* A, int count, int p) {

@@ -280,7 +280,16 @@ TEST(StandaloneHostMemory, IsUsableAlignedAndFreed) {
   host.FreeMem(nullptr);
 }
 
-#if !defined(__SANITIZE_ADDRESS__)
+// g++ tells by a macro that it compiles for the sanitizer, clang by a feature.
+#if defined(__SANITIZE_ADDRESS__)
+#define ORV_ADDRESS_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ORV_ADDRESS_SANITIZER
+#endif
+#endif
+
+#if !defined(ORV_ADDRESS_SANITIZER)
 // The sanitizer takes such a request for a mistake.
 TEST(StandaloneHostMemory, ThatIsNotThereIsAnAnswerNotACrash) {
   const MemoryTable table = SampleTable();

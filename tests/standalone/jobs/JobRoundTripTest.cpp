@@ -24,8 +24,8 @@ std::string Trial() {
   std::ostringstream text;
   text << kTrial;
   const char* const arms[] = {"drug, high", "drug \"low\"",
-                              "Plac\xC3\xA9"
-                              "bo"};
+                              ("Plac\xC3\xA9"
+                               "bo")};
   for (int k = 1; k <= 60; ++k) {
     const int time = 3 + (k * 37) % 90;
     text << time << ',' << (k % 4 != 0 ? "died" : "alive") << ',' << 40 + (k * 13) % 37 << ',' << (k * 7) % 11 << ",\"";

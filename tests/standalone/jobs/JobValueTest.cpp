@@ -50,6 +50,7 @@ TEST(JobValue, AFaultIsToldWithItsLine) {
   } const cases[] = {
       {"\nTable = trial.csv\n", "t.toml:2: this is not TOML: "},
       {"[a\n", "t.toml:1: this is not TOML: "},
+      {"[\x01\n", "t.toml:1: this is not TOML: "},
       {"a = \"\n", "t.toml:1: this is not TOML: "},
       {"a = \"\xFF\"\n", "t.toml:1: this is not TOML: "},
       {"time,status\n5,1\n", "t.toml:1: this is not TOML: "},

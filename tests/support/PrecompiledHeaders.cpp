@@ -1,0 +1,1 @@
+// Stands for the target that compiles PrecompiledHeaders.h.

@@ -12,7 +12,7 @@
 namespace orv {
 namespace {
 
-// A vector of Width doubles, and the tile of C that is held in registers: Rows by Vectors of it.
+// A vector of Width doubles, and of as many bit patterns.
 template <int Width>
 struct VectorOf;
 template <>
@@ -50,8 +50,8 @@ struct HalfOf {
   static constexpr int Rows = 1;
 };
 
-// Unit: Width, the doubles of a vector; Rows, those of the largest tile, which is three vectors wide; LostByProduct(a,
-// b, p), what p = a b has lost to rounding.
+// Unit: Width, the doubles of a vector; Registers, of vectors, that a tile of a product may take; Rows, those of the
+// largest tile; LostByProduct(a, b, p), what p = a b has lost to rounding.
 template <typename Unit>
 struct Clones {
   static constexpr int kWidth = Unit::Width;

@@ -63,7 +63,7 @@ struct PassKernels {
   // the library's function.
   void (*Exponentials)(const double* eta, double* results, int count);
 
-  // terms_i + rest_i = factors_i log(x_i + lost_i) for count numbers and small lost_i, to within 1e-18 of the
+  // terms_i + rest_i = factors_i log(x_i + lost_i) for count numbers and small lost_i, to within 4e-18 of the
   // logarithm: each rest takes up what its term loses to rounding. All lists have room for whole vectors. The status
   // flags are left as by the library's function, which also serves where some x_i is not a normal positive number; the
   // rest is 0 then.
@@ -103,8 +103,8 @@ struct PassKernels {
 
   // C_jl += factor M_jl + sum over i of A_ij B_il for l <= j: count rows A_i and B_i, p rows of C and of M, which may
   // be null. What stands to the right of the diagonal of C and M is work space, to the end of the row. The sum over i
-  // is formed first, i ascending whatever p, so that the information of some columns is the same bits in every model.
-  // Meanwhile the processor fetches what comes next.
+  // is formed first, i ascending whatever p, so that the information of some columns is the same bits in every model
+  // that has them in this order. Meanwhile the processor fetches what comes next.
   void (*AddProducts)(double* C,
                       const double* A,
                       const double* B,

@@ -11,7 +11,8 @@ struct PortableUnit {
   static constexpr int Rows = 2;
   using Vector = VectorOf<Width>::Type;
 
-  // The halves of a number have exact products (Dekker, 1971; Veltkamp, 1968).
+  // The halves of a number have exact products (Dekker, 1971; Veltkamp, 1968), as long as the compiler fuses nothing:
+  // this file is compiled with -ffp-contract=off.
   static Vector HighHalf(Vector a) {
     constexpr double kSplitter = 0x1p27 + 1.0;
     const Vector spread = a * kSplitter;

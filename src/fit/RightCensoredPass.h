@@ -16,7 +16,7 @@ namespace orv {
 //   S0 = sum over R(g) of w exp(eta),   E0 = sum over E(g) of w exp(eta)
 //
 // Rows are visited from the last to the first, so a risk set only grows and each row is read once. O(n p^2) a pass,
-// and no allocation in it. The cases must not change while the pass lives, but for their scale.
+// and no allocation in it. The cases must not change while the pass lives.
 // Sources: Breslow (1974), Efron (1977); the fraction counts events, not weights.
 class RightCensoredPass : public PartialLikelihood {
  public:

@@ -1,7 +1,8 @@
 #include "fit/RiskSums.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cfenv>
+#include <limits>
 #include <numeric>
 #include <utility>
 
@@ -13,6 +14,8 @@ namespace {
 
 // As many tied groups as are worth the start of a product.
 constexpr int kMeanRows = 64;
+// Weights and fractions down to a millionth, divided by a larger sum, are no normal numbers and flushed to zero.
+constexpr double kLargestRiskSum = 1e-6 / std::numeric_limits<double>::min();
 
 }  // namespace
 
@@ -129,6 +132,8 @@ void RiskSums::JoinRows(int count, const double* wr, const double* isEvent, cons
 
 void RiskSums::CloseGroup(int row, double events, double meanWeight, bool atZero) {
   const int count = static_cast<int>(RoundHalfAway(events));
+  // Means and shares would be zeros without a word.
+  if (m_S0Here[static_cast<std::size_t>(row)].Value() > kLargestRiskSum) std::feraiseexcept(FE_OVERFLOW);
   if (m_efronStep != 0 && count > 1) {
     CloseTiedGroup(row, count, meanWeight, atZero);
   } else {
@@ -147,7 +152,8 @@ void RiskSums::CloseGroup(int row, double events, double meanWeight, bool atZero
 }
 
 // The logarithm of denominator + lost, weighted, goes off the likelihood. They wait, since many take little longer than
-// one; and they are more than doubles, since a step near the maximum gains less than their rounding would add up to.
+// one; and they have more digits than a double, since a step near the maximum gains less than their rounding adds up
+// to.
 void RiskSums::SubtractLogarithm(double weight, double denominator, double lost) {
   if (m_logarithms == kBlockRows) FlushLogarithms();
   const auto at = static_cast<std::size_t>(m_logarithms++);
@@ -221,7 +227,7 @@ void RiskSums::FlushMeans() {
 
 // S1 once so many rows of the block have joined.
 const double* RiskSums::S1After(int rows) {
-  if (m_summed < m_segment) {
+  if (m_summed < m_segment || m_summed > rows) {
     std::copy_n(m_S1.Row(0), m_p, m_S1Here.Row(0));
     m_summed = m_segment;
   }

@@ -18,7 +18,8 @@ class RowsAhead {
  public:
   static constexpr int kRows = 64;
 
-  // The table must outlive the object. `activeColumns`: the design columns of the model, as columns of a case row.
+  // The table must outlive the object, and its cells stay as they are. `activeColumns`: the design columns of the
+  // model, as columns of a case row.
   RowsAhead(Host& host,
             const CaseTable& cases,
             int n,

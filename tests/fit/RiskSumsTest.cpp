@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "fit/FloatingPointRegime.h"
 #include "fit/RiskSums.h"
 #include "support/FailingAllocations.h"
 #include "support/HeapOnlyHost.h"
@@ -351,21 +352,63 @@ TEST(RiskSums, DenominatorCarriesItsRounding) {
   EXPECT_EQ(sums.S0(), 10.0);
 }
 
-// Risks beyond the square root of the largest double: their squares never stand alone.
-TEST(RiskSums, RisksNearTheEndsOfTheRangeRaiseNoFlags) {
-  for (const double size : {1e-290, 1e-160, 1e160, 1e290}) {
+// Risks beyond the square root of the largest double, whose squares never stand alone.
+TEST(RiskSums, RisksNearTheEndsOfTheRangeRaiseNoFlagsAndLoseNothing) {
+  const double expected[2] = {2 * 2 * (2.0 - 1.0), 2 * (2.0 - 1.0 + 7.5 / 4.5 - 1.0)};
+  for (const double size : {1e-290, 1e-160, 1e160, 7e300}) {
+    for (const int efronStep : {0, 1}) {
+      HeapOnlyHost host;
+      RiskSums sums(host, 2, efronStep);
+      const FloatingPointRegime regime;
+      std::feclearexcept(FE_ALL_EXCEPT);
+      for (int i = 0; i < 3; ++i) {
+        sums.Join(kX[i], kWr[i] * size);
+        if (i < 2) sums.AddEvent();
+      }
+      sums.CloseGroup(2, 2.0, false);
+      const Derivatives end = EndPass(sums, 2);
+      EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW), 0) << size;
+      EXPECT_NEAR(end.H[2], expected[efronStep], 1e-12) << size << ", Efron " << efronStep;
+    }
+  }
+}
+
+TEST(RiskSums, SumWithoutAReciprocalIsAnOverflow) {
+  for (const int efronStep : {0, 1}) {
     HeapOnlyHost host;
-    RiskSums sums(host, 2, 1);
-    std::feclearexcept(FE_ALL_EXCEPT);
+    RiskSums sums(host, 2, efronStep);
+    const FloatingPointRegime regime;
     for (int i = 0; i < 3; ++i) {
-      sums.Join(kX[i], kWr[i] * size);
+      sums.Join(kX[i], kWr[i] * 8e300);
       if (i < 2) sums.AddEvent();
     }
+    std::feclearexcept(FE_ALL_EXCEPT);
     sums.CloseGroup(2, 2.0, false);
-    const Derivatives end = EndPass(sums, 2);
-    EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW), 0) << size;
-    EXPECT_NEAR(end.H[2], 2 * (2.0 - 1.0 + 7.5 / 4.5 - 1.0), 1e-12) << size;
+    EXPECT_NE(std::fetestexcept(FE_OVERFLOW), 0) << efronStep;
   }
+}
+
+// Asking for the sums between the rows and the groups that close on them changes nothing.
+TEST(RiskSums, SumsMayBeAskedForAtAnyTime) {
+  std::vector<Derivatives> ends;
+  for (const bool asks : {false, true}) {
+    HeapOnlyHost host;
+    RiskSums sums(host, 2, 1);
+    const double wr[] = {2, 1, 3, 1};
+    const double isEvent[] = {1, 1, 1, 1};
+    const double weight[] = {1, 1, 1, 1};
+    double* rows = sums.NextRow();
+    for (int i = 0; i < 4; ++i) std::copy_n(kX[i % 3], 2, rows + static_cast<std::size_t>(i) * PaddedOrder(2));
+    sums.JoinRows(4, wr, isEvent, weight);
+    if (asks) {
+      EXPECT_DOUBLE_EQ(sums.S1()[0], 2 + 3 + 0 + 1);
+    }
+    sums.CloseGroup(1, 2, 1.0, false);
+    sums.CloseGroup(3, 2, 1.0, false);
+    ends.push_back(EndPass(sums, 2));
+  }
+  EXPECT_EQ(ends[0].U, ends[1].U);
+  EXPECT_EQ(ends[0].H, ends[1].H);
 }
 
 TEST(RiskSums, FailWhenMemoryIsOut) {

@@ -47,16 +47,18 @@ void RightCensoredPass::JoinRows(int row, int first, int end) {
   const double* isEvent = m_rows.IsEvent();
   const double* weight = m_rows.Weight();
   m_sums.JoinRows(end - first, m_rows.WeightedRisk() + first, isEvent + first, weight + first);
-  CompensatedSum L = m_L;
-  for (int k = first; k < end; ++k) L.Add(m_rows.Eta()[k] * (weight[k] * isEvent[k]));
-  m_L = L;
-  // Listed first, since a branch that is taken at random costs more than the list.
+  // Listed first, since a branch that is taken at random costs more than the lists.
+  int event[RowsAhead::kRows];
   int closing[RowsAhead::kRows];
+  int events = 0;
   int closings = 0;
   for (int k = first; k < end; ++k) {
+    event[events] = k;
+    events += isEvent[k] != 0.0 ? 1 : 0;
     closing[closings] = k;
     closings += m_ties.Deaths(row - k) > 0.0 ? 1 : 0;
   }
+  for (int i = 0; i < events; ++i) m_L.Add(m_rows.Eta()[event[i]] * weight[event[i]]);
   for (int i = 0; i < closings; ++i) {
     const int k = closing[i];
     m_sums.CloseGroup(offset + k, m_ties.Deaths(row - k), m_ties.MeanWeight(row - k), m_atZero);

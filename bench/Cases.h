@@ -11,6 +11,7 @@ inline constexpr char Cases[] = "cases";                     // n
 inline constexpr char Columns[] = "columns";                 // p, or the columns of a file
 inline constexpr char MultiplyAdds[] = "madds";              // in one iteration, see MultiplyAddsOfPass
 inline constexpr char Bytes[] = "bytes";                     // read in one iteration
+inline constexpr char PeakRate[] = "peak_madds";             // multiply-adds per second right after the run
 inline constexpr char PeakBytes[] = "peak";                  // memory that one iteration adds at its peak
 inline constexpr char PlainSeconds[] = "plain_s";            // what the plain form of the pass takes
 inline constexpr char Passes[] = "passes";                   // over the cases in one iteration

@@ -14,6 +14,7 @@ namespace orv::bench {
 namespace {
 
 constexpr int kRuns = 12;
+constexpr int kRunsOfAMoment = 4;
 constexpr long kRounds = 1'000'000;  // 2 to 6 ms a run
 constexpr double kFactor = 0.999;
 constexpr double kTerm = 0.5;
@@ -72,10 +73,10 @@ std::vector<Kernel> KernelsOfThisMachine() {
 #endif
 
 // Every s_k tends to term / (1 - factor): a loop that was optimised away would not get there.
-double MeasureMultiplyAdds(const Kernel& kernel) {
+double MeasureMultiplyAdds(const Kernel& kernel, int runs) {
   const double limit = kTerm / (1.0 - kFactor) * kernel.Sums;
   double best = 0.0;
-  for (int run = 0; run < kRuns; ++run) {
+  for (int run = 0; run < runs; ++run) {
     const double start = ThreadSeconds();
     const double total = kernel.Run(kRounds, kFactor, kTerm);
     const double seconds = ThreadSeconds() - start;
@@ -118,10 +119,14 @@ double ThreadSeconds() {
   return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
 }
 
+double PeakOfThisMoment() {
+  return MeasureMultiplyAdds(KernelsOfThisMachine().back(), kRunsOfAMoment);
+}
+
 MachineSpeed MeasureMachine() {
   MachineSpeed speed;
   for (const Kernel& kernel : KernelsOfThisMachine()) {
-    const double rate = MeasureMultiplyAdds(kernel);
+    const double rate = MeasureMultiplyAdds(kernel, kRuns);
     if (kernel.Run == kPortable.Run) speed.PortableMultiplyAdds = rate;
     if (rate <= speed.MultiplyAdds) continue;
     speed.MultiplyAdds = rate;

@@ -23,6 +23,10 @@ struct MachineSpeed {
 // bytes an element.
 MachineSpeed MeasureMachine();
 
+// The first of these figures alone, in 10 to 20 ms: what the machine can do just now. A processor that is shared, or
+// that changes its clock, does not do the same all the time.
+double PeakOfThisMoment();
+
 // The CPU time that this thread has used, in seconds. The cases are timed by the same clock.
 double ThreadSeconds();
 

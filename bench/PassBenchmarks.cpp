@@ -7,6 +7,7 @@
 #include <string>
 
 #include "Cases.h"
+#include "MachineSpeed.h"
 #include "PreparedPass.h"
 #include "fit/FloatingPointRegime.h"
 
@@ -73,6 +74,7 @@ void RunPass(benchmark::State& state, const std::string& name, const SurvivalKin
   const FloatingPointRegime regime;
   while (state.KeepRunning()) benchmark::DoNotOptimize(prepared->Evaluate());
   LeaveFigures(state, *prepared);
+  state.counters[Figures::PeakRate] = PeakOfThisMoment();
   state.counters[Figures::PlainSeconds] = prepared->PlainSeconds;
   const CCoxData& data = prepared->Data();
   const double rows = data.ValidCaseCount + Leavers(data);

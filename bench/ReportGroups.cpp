@@ -33,8 +33,10 @@ const TableColumn kTime{"ms", 8, [](const auto& r, const auto&) { return ThreeDi
 const TableColumn kPerCase{
     "ns/case", 9, [](const auto& r, const auto&) { return Fixed(r.Seconds * 1e9 / r.Figure(Figures::Cases), 1); }};
 const TableColumn kRate{"Gmadd/s", 9, [](const auto& r, const auto&) { return Fixed(MultiplyAddRate(r) * 1e-9, 2); }};
-const TableColumn kOfPeak{"of peak", 9,
-                          [](const auto& r, const auto& m) { return Fixed(MultiplyAddRate(r) / m.MultiplyAdds, 3); }};
+const TableColumn kOfPeak{"of peak", 9, [](const auto& r, const auto& m) {
+                            const double peak = r.Figure(Figures::PeakRate);
+                            return Fixed(MultiplyAddRate(r) / (peak > 0.0 ? peak : m.MultiplyAdds), 3);
+                          }};
 const TableColumn kOfPortable{"of portable", 13, [](const auto& r, const auto& m) {
                                 return Fixed(MultiplyAddRate(r) / m.PortableMultiplyAdds, 3);
                               }};

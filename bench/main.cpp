@@ -39,7 +39,8 @@ the machine are: what else it does can only add to them. The spread is what the 
                risk set or leaves it, once more where a group closes in its block, and more for tied groups under
                Efron's rule; 5 p a case; exponentials, divisions and what tiles compute beyond the triangle are not
                counted
-  of peak      Gmadd/s against the peak of the machine; of portable: against that without wider vector units
+  of peak      Gmadd/s against the peak of the machine, of passes that of the moment after the run; of portable: against
+               that without wider vector units
   x plain      the time of the plain form of the pass, which updates a p by p matrix for every row and every event, in
                the same build and on the same table, against the time of the pass
   GB/s         rows of the case table read per second; of triad: against memory bandwidth (above 1 means from cache);

@@ -34,7 +34,6 @@ class RightCensoredPass : public PartialLikelihood {
  private:
   void JoinRows(int row, int first, int end);
 
-  const CaseTable& m_cases;
   const int m_n;
   const int m_p;
   const CaseColumns m_columns;

@@ -34,7 +34,6 @@ class CountingPass : public PartialLikelihood {
   const CaseTable& m_cases;
   const int m_n;
   const int m_p;
-  const CaseColumns m_columns;
   TieTable m_ties;
   RowsAhead m_rows;
   PaddedRows m_x;  // design values of the rows that m_rows has loaded

@@ -47,7 +47,18 @@ template <int Width>
 template <typename Unit>
 struct HalfOf {
   static constexpr int Width = Unit::Width / 2;
-  static constexpr int Rows = 1;
+};
+
+// For units that multiply and add in one operation, which rounds once.
+template <int Lanes>
+struct FusedArithmetic {
+  using Vector = typename VectorOf<Lanes>::Type;
+
+  static Vector LostByProduct(Vector a, Vector b, Vector p) {
+    Vector lost;
+    for (int lane = 0; lane < Lanes; ++lane) lost[lane] = __builtin_fma(a[lane], b[lane], -p[lane]);
+    return lost;
+  }
 };
 
 // Unit: Width, the doubles of a vector; Registers, of vectors, that a tile of a product may take; Rows, those of the
@@ -250,7 +261,7 @@ struct Clones {
     }
   }
 
-  // CentreRows for Part vectors of each row, which start at place j.
+  // CentreRows for Part vectors of each row.
   template <int Part>
   static void CentreColumns(const double* B,
                             const RowTerms& terms,

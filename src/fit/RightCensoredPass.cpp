@@ -12,7 +12,6 @@ RightCensoredPass::RightCensoredPass(Host& host,
                                      int efronStep)
     : m_n(n),
       m_p(static_cast<int>(activeColumns.size())),
-      m_columns(columns),
       m_ties(host, cases, n, columns),
       m_rows(host, cases, n, columns, activeColumns),
       m_sums(host, m_p, efronStep) {}

@@ -36,7 +36,6 @@ class RightCensoredPass : public PartialLikelihood {
 
   const int m_n;
   const int m_p;
-  const CaseColumns m_columns;
   TieTable m_ties;
   RowsAhead m_rows;
   RiskSums m_sums;

@@ -106,8 +106,9 @@ void RiskSums::ClearRiskSet() {
   m_S1.Clear();
 }
 
-void RiskSums::ClearEvents() {
-  m_firstOfGroup = m_count;
+// The open group has no events up to so many rows of the block.
+void RiskSums::ForgetEvents(int rows) {
+  m_firstOfGroup = rows;
   m_E0 = 0.0;
   if (!m_hasE2) return;
   m_E1.Clear();
@@ -118,13 +119,10 @@ void RiskSums::ClearEvents() {
 void RiskSums::JoinRows(int count, const double* wr, const double* isEvent, const double* weight) {
   if (m_hasOrigin) m_kernels.SubtractRow(Row(m_count), m_origin.Row(0), count, m_p);
   const auto first = static_cast<std::size_t>(m_count);
-  CompensatedSum S0 = m_S0;
+  CompensatedSum S0 = m_S0;  // stays in registers
   for (std::size_t k = 0; k < static_cast<std::size_t>(count); ++k) {
     S0.Add(wr[k]);
-    m_S0Here[first + k] = S0;
-    m_wr[first + k] = wr[k];
-    m_eventWr[first + k] = wr[k] * isEvent[k];
-    m_eventWeight[first + k] = weight[k] * isEvent[k];
+    NoteRow(first + k, S0, wr[k], isEvent[k], weight[k]);
   }
   m_S0 = S0;
   m_count += count;
@@ -147,13 +145,12 @@ void RiskSums::CloseGroup(int row, double events, double meanWeight, bool atZero
     m_reciprocal[at] += weight / riskSum;
   }
   m_closedRows = row + 1;
-  ClearEvents();
-  m_firstOfGroup = row + 1;
+  ForgetEvents(m_closedRows);
 }
 
 // The logarithm of denominator + lost, weighted, goes off the likelihood. They wait, since many take little longer than
 // one; and they have more digits than a double, since a step near the maximum gains less than their rounding adds up
-// to.
+// to. Of the later denominators of a tied group only S0 has them, too.
 void RiskSums::SubtractLogarithm(double weight, double denominator, double lost) {
   if (m_logarithms == kBlockRows) FlushLogarithms();
   const auto at = static_cast<std::size_t>(m_logarithms++);
@@ -177,7 +174,7 @@ RiskSums::GroupTerms RiskSums::TermsOf(int row, int events, double meanWeight, b
   const CompensatedSum& S0 = m_S0Here[static_cast<std::size_t>(row)];
   const double riskSum = S0.Value();
   const double lost = S0.Since(riskSum);
-  terms.EventRisks = std::accumulate(m_eventWr.Data() + m_firstOfGroup, m_eventWr.Data() + row + 1, m_E0);
+  terms.EventRisks = OpenEventRisks(row + 1);
   const double count = events;
   const double reciprocal = 1.0 / count;
   for (int k = 0; k < events; ++k) {
@@ -236,7 +233,12 @@ const double* RiskSums::S1After(int rows) {
   return m_S1Here.Row(0);
 }
 
-// The open group's events among the first `rows` of the block into E1.
+// E0 with the open group's events among the first `rows` of the block.
+double RiskSums::OpenEventRisks(int rows) const {
+  return std::accumulate(m_eventWr.Data() + m_firstOfGroup, m_eventWr.Data() + rows, m_E0);
+}
+
+// Those events into E1.
 void RiskSums::AddOpenEvents(double* E1, int rows) {
   const int first = m_firstOfGroup;
   m_kernels.AddCombination(E1, Row(first), m_eventWr.Data() + first, rows - first, m_p);
@@ -266,13 +268,16 @@ void RiskSums::AddToInformation(const PaddedRows& M, double factor) {
 
 // The open group's events so far go into E2, since their rows leave the block or their risk set ends.
 void RiskSums::CarryOpenEvents() {
-  const int first = std::exchange(m_firstOfGroup, m_count);
+  const int first = m_firstOfGroup;
   const double* events = m_eventWr.Data();
-  if (m_efronStep == 0 || std::all_of(events + first, events + m_count, [](double wr) { return wr == 0.0; })) return;
-  m_E0 = std::accumulate(events + first, events + m_count, m_E0);
-  m_kernels.AddCombination(m_E1.Row(0), Row(first), events + first, m_count - first, m_p);
-  AddSquares(m_E2, events, first, m_count - first, {});
-  m_hasE2 = true;
+  const bool hasEvents = std::any_of(events + first, events + m_count, [](double wr) { return wr != 0.0; });
+  if (m_efronStep != 0 && hasEvents) {
+    m_E0 = OpenEventRisks(m_count);
+    AddOpenEvents(m_E1.Row(0), m_count);
+    AddSquares(m_E2, events, first, m_count - first, {});
+    m_hasE2 = true;
+  }
+  m_firstOfGroup = m_count;
 }
 
 // The shares of the rows from `first` on, by what the groups that closed have left for them. Returns the sum of 1 / D,

@@ -48,7 +48,7 @@ class RiskSums {
   void StartPass(const double* origin = nullptr);
   // For a new stratum, or a risk set that is built anew. Events of the open group stay.
   void ClearRiskSet();
-  void ClearEvents();
+  void ClearEvents() { ForgetEvents(m_count); }
 
   // The place in the block for the p values of the row that joins next, and how many rows there is room for from it on.
   // Their places are PaddedOrder(p) apart. The first call may settle the rows that wait, and have `next` fetched
@@ -67,12 +67,8 @@ class RiskSums {
     double* row = NextRow();
     m_kernels.CopyRows(x, 0, row, 1, m_p);
     if (m_hasOrigin) m_kernels.SubtractRow(row, m_origin.Row(0), 1, m_p);
-    const auto at = static_cast<std::size_t>(m_count++);
     m_S0.Add(wr);
-    m_S0Here[at] = m_S0;
-    m_wr[at] = wr;
-    m_eventWr[at] = 0.0;
-    m_eventWeight[at] = 0.0;
+    NoteRow(static_cast<std::size_t>(m_count++), m_S0, wr, 0.0, 0.0);
   }
   // A row leaves it.
   void Leave(const double* x, double wr) { Join(x, -wr); }
@@ -106,6 +102,13 @@ class RiskSums {
   // What the terms of a tied group come to.
   struct GroupTerms;
 
+  void NoteRow(std::size_t at, const CompensatedSum& S0, double wr, double isEvent, double weight) {
+    m_S0Here[at] = S0;
+    m_wr[at] = wr;
+    m_eventWr[at] = wr * isEvent;
+    m_eventWeight[at] = weight * isEvent;
+  }
+  void ForgetEvents(int rows);
   GroupTerms TermsOf(int row, int events, double meanWeight, bool atZero);
   void CloseTiedGroup(int row, int events, double meanWeight, bool atZero);
   void SubtractLogarithm(double weight, double denominator, double lost);
@@ -113,6 +116,7 @@ class RiskSums {
   void TakeLineOfMeans(int row, int events, double meanWeight, const GroupTerms& terms);
   void FlushMeans();
   const double* S1After(int rows);
+  double OpenEventRisks(int rows) const;
   void AddOpenEvents(double* E1, int rows);
   void SettleEvents(int rows, double share);
   void CarryOpenEvents();
@@ -141,12 +145,12 @@ class RiskSums {
   // The rows that wait. Those before m_segment belong to risk sets that are done with.
   PaddedRows m_block;
   PaddedRows m_left;  // once the segment is settled: the rows' left factors in H
-  PaddedRows m_pull;
+  PaddedRows m_pull;  // the sum of r a over a segment
   int m_count = 0;
   int m_segment = 0;
-  int m_firstOfGroup = 0;  // the first row after the group that closed last
-  int m_closedRows = 0;    // the rows up to the group that closed last
-  bool m_hasCarried = false;
+  int m_firstOfGroup = 0;     // the first row after the group that closed last
+  int m_closedRows = 0;       // the rows up to the group that closed last
+  bool m_hasCarried = false;  // place 0 of the block is filled
   // A number for each row of the block.
   WorkArray<CompensatedSum> m_S0Here;  // S0 once the row has joined
   WorkArray<double> m_wr;

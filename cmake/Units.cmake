@@ -1,5 +1,5 @@
-# Presets that only check compile the files of a folder in units of a few, which spares most of the reading of headers;
-# what is shipped is compiled file by file, so that a missing #include is seen.
+# Builds that only check take several files of a folder as one unit, which spares most of the reading of headers; what is
+# shipped is compiled file by file, so that a missing #include is seen.
 
 # orv_compile_alone(<files>)
 # Files that give a name of their own to something else than another file of the folder does.
